@@ -1,0 +1,23 @@
+#include "drivers/Unsupported.h"
+
+#include "engine/basError.h"
+#include "profiles/ModelTable.h"
+#include "zebreader81/clsZEBReader.h"
+
+namespace zebreader81 {
+
+bool reportUnsupported(int32_t readerType, const char* location)
+{
+    const auto* model = modelInfo(readerType);
+    const std::string name = model ? model->displayName : "selected";
+    basError::ReportDevice("The " + name + " scanner is not supported by this version of ZEBReader81.",
+                           location, "Unsupported Scanner");
+    return false;
+}
+
+bool reportUnsupported(const clsZEBReader& reader, const char* location)
+{
+    return reportUnsupported(reader.ReaderType(), location);
+}
+
+} // namespace zebreader81

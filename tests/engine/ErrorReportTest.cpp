@@ -1,0 +1,108 @@
+#include "engine/basError.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace zebreader81::test {
+namespace {
+
+struct MessageBoxCapture {
+    MessageBoxCapture()
+    {
+        SetMessageBoxHook([this](const std::string& t, const std::string& ti, int32_t s) {
+            text = t;
+            title = ti;
+            style = s;
+        });
+    }
+    ~MessageBoxCapture() { SetMessageBoxHook(nullptr); }
+    std::string text, title;
+    int32_t style = 0;
+};
+
+TEST(ReportError, MessageBoxTextStripsTheComponentNameAndAddsTheLine)
+{
+    MessageBoxCapture box;
+    basError::ReportError(0, 5, 0, "Invalid procedure call or argument", "ZEBReader81 - clsZEBReader.ReadPage",
+                          "ignored title");
+    EXPECT_EQ(box.text, "Error# 5: Invalid procedure call or argument, Location: clsZEBReader.ReadPage");
+    EXPECT_EQ(box.title, "Application Error");
+    EXPECT_EQ(box.style, 48);
+
+    basError::ReportError(12, 5, 0, "Invalid procedure call or argument", "ZEBReader81 - clsZEBReader.ReadPage");
+    EXPECT_EQ(box.text, "Error# 5: Invalid procedure call or argument, Location: clsZEBReader.ReadPage; Line: 12");
+}
+
+TEST(ReportError, ForwardsToTheHostAndRestoresSilent)
+{
+    HostScope scope;
+    scope.host->answer = 7;
+    EXPECT_EQ(basError::ReportError(0, 8002, 2, "msg", "ZEBReader81 - basRead.ReaderInit", "Invalid Port Number", true), 7);
+    const auto& r = scope.host->only();
+    EXPECT_EQ(r.number, 8002);
+    EXPECT_EQ(r.kind, 2);
+    EXPECT_EQ(r.location, "basRead.ReaderInit");
+    EXPECT_EQ(r.title, "Invalid Port Number");
+    EXPECT_TRUE(r.silentDuringCall);
+    EXPECT_FALSE(scope.host->silent) << "Silent passed for one report must not stay";
+}
+
+TEST(ReportError, SetErrorNothingBringsBackTheMessageBox)
+{
+    MessageBoxCapture box;
+    clsZEBReader reader;
+    EXPECT_TRUE(reader.SetError(std::make_shared<RecordingHost>()));
+    EXPECT_FALSE(reader.SetError(nullptr));
+    basError::ReportError(0, 9, 0, "Subscript out of range", "ZEBReader81 - basNCS.ReadPageNCS");
+    EXPECT_EQ(box.text, "Error# 9: Subscript out of range, Location: basNCS.ReadPageNCS");
+}
+
+TEST(ReportError, EachThreadKeepsItsOwnErrorObject)
+{
+    HostScope mine;
+    auto other = std::make_shared<RecordingHost>();
+    std::thread t([&] {
+        clsZEBReader reader;
+        reader.SetError(other);
+        basError::ReportDevice("from the other thread", "ZEBReader81 - x.y", "T");
+        reader.SetError(nullptr);
+    });
+    t.join();
+    basError::ReportDevice("from this thread", "ZEBReader81 - x.y", "T");
+    ASSERT_EQ(other->reports.size(), 1u);
+    EXPECT_EQ(other->reports[0].description, "from the other thread");
+    EXPECT_EQ(mine.host->only().description, "from this thread");
+}
+
+TEST(ReportError, TrappedExceptionsBecomeRunTimeErrors)
+{
+    HostScope scope;
+    EXPECT_FALSE(trap("ZEBReader81 - m.p", false, []() -> bool { throw std::out_of_range("x"); }));
+    EXPECT_EQ(trap("ZEBReader81 - m.q", int16_t{-1}, []() -> int16_t { err::raise(err::Overflow); }), -1);
+    ASSERT_EQ(scope.host->reports.size(), 2u);
+    EXPECT_EQ(scope.host->reports[0].number, 9);
+    EXPECT_EQ(scope.host->reports[0].description, "Subscript out of range");
+    EXPECT_EQ(scope.host->reports[1].number, 6);
+    EXPECT_EQ(scope.host->reports[1].kind, 0);
+}
+
+TEST(ReportError, AHostThatThrowsNeverReachesTheCaller)
+{
+    struct Throwing : RecordingHost {
+        int16_t RaiseError(int32_t&, int32_t&, std::string&, std::string&, std::string&, std::string&, std::string&,
+                           std::string&, int32_t&, std::string&, std::string&, std::string&, bool&) override
+        {
+            throw std::runtime_error("host failure");
+        }
+    };
+    clsZEBReader reader;
+    auto host = std::make_shared<Throwing>();
+    reader.SetError(host);
+    EXPECT_EQ(basError::ReportError(0, 1, 0, "d", "l", "", true), 0);
+    EXPECT_FALSE(host->silent);
+    reader.SetError(nullptr);
+}
+
+} // namespace
+} // namespace zebreader81::test

@@ -1,0 +1,159 @@
+// Imprinter rules, collections and form geometry of the object model.
+#include "engine/ReaderAccess.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+namespace zebreader81::test {
+namespace {
+
+TEST(Imprinter, EnabledIsForcedOrIgnoredByModel)
+{
+    clsZEBReaderPrinter p;
+    p.SetType(1);
+    p.Enabled(true);
+    p.Active(true);
+    EXPECT_FALSE(p.Enabled());
+    EXPECT_FALSE(p.Active());
+    p.SetType(2);
+    p.Enabled(true);
+    EXPECT_TRUE(p.Enabled());
+    p.SetType(24); // no rule: assignment ignored
+    p.Enabled(false);
+    EXPECT_TRUE(p.Enabled());
+    p.SetType(37);
+    p.Enabled(true);
+    EXPECT_FALSE(p.Enabled());
+}
+
+TEST(Imprinter, ActiveFollowsEnabledBothWays)
+{
+    clsZEBReaderPrinter p;
+    p.SetType(3);
+    p.Enabled(true);
+    p.Active(true);
+    EXPECT_TRUE(p.Active());
+    p.Enabled(false);
+    EXPECT_FALSE(p.Active());
+}
+
+TEST(Imprinter, DistanceResetAndBufferCountsByModel)
+{
+    clsZEBReaderPrinter p;
+    for (int32_t t : {7, 10, 30, 33, 34, 36}) {
+        p.Distance(3);
+        p.SetType(t);
+        EXPECT_EQ(p.Distance(), 245) << t;
+        EXPECT_EQ(p.BufferCount(), 3) << t;
+    }
+    for (int32_t t : {2, 6, 11, 17, 25, 29, 31, 32}) {
+        p.SetType(t);
+        EXPECT_EQ(p.Distance(), 0) << t;
+        EXPECT_EQ(p.BufferCount(), 1) << t;
+    }
+    for (int32_t t : {0, 1, 18, 19, 24, 35, 38, 41}) {
+        p.SetType(t);
+        EXPECT_EQ(p.BufferCount(), 0) << t;
+    }
+}
+
+TEST(Imprinter, FilledBufferCountOnlyCountsBuffersTheModelHas)
+{
+    clsZEBReaderPrinter p;
+    p.SetType(2);
+    p.Buffer2("only the second");
+    EXPECT_EQ(p.FilledBufferCount(), 0);
+    p.Buffer1("x");
+    EXPECT_EQ(p.FilledBufferCount(), 1);
+    p.SetType(7);
+    p.Buffer3("z");
+    EXPECT_EQ(p.FilledBufferCount(), 3);
+}
+
+TEST(Imprinter, PositionsByModelAndMinusOneWhenDisabled)
+{
+    struct Row {
+        int32_t type, min, max, chars;
+    };
+    for (Row r : {Row{2, 0, 24, 24}, Row{32, 0, 24, 24}, Row{5, 0, 40, 40}, Row{6, 10, 25, 25}, Row{25, 0, 25, 25},
+                  Row{26, 10, 54, 54}, Row{8, 10, 245, 41}, Row{36, 10, 245, 41}, Row{12, 0, 135, 135},
+                  Row{29, 0, 135, 135}}) {
+        clsZEBReaderPrinter p;
+        p.SetType(r.type);
+        EXPECT_EQ(p.MaxPosition(), -1) << r.type;
+        p.Enabled(true);
+        EXPECT_EQ(p.MinPosition(), r.min) << r.type;
+        EXPECT_EQ(p.MaxPosition(), r.max) << r.type;
+        EXPECT_EQ(p.MaxCharacters(), r.chars) << r.type;
+    }
+}
+
+TEST(Reader, AssigningReaderTypeRetypesTheImprinter)
+{
+    clsZEBReader reader;
+    reader.ReaderType(zebReaderTypeSekonicSR1800);
+    EXPECT_EQ(reader.Printer()->Distance(), 245);
+    EXPECT_EQ(reader.ReaderName(), "Sekonic SR1800 (USB)");
+}
+
+TEST(Reader, GeometryMaximaIgnoreElementZero)
+{
+    clsZEBReader reader;
+    auto rows = SafeArray<int16_t>::vector(0, 3);
+    rows(0) = 99;
+    rows(1) = 40;
+    rows(2) = 63;
+    rows(3) = 12;
+    reader.Side1Rows(rows);
+    EXPECT_EQ(Reader::Side1RowsMax(reader), 63);
+    EXPECT_EQ(reader.Side1Rows(), rows);
+    rows(2) = -5;
+    EXPECT_EQ(Reader::Side1RowsMax(reader), 63) << "the reader keeps its own copy";
+    reader.Side2Cols(SafeArray<int16_t>::vector(0, 0));
+    EXPECT_EQ(Reader::Side2ColsMax(reader), 0);
+}
+
+TEST(Collections, WindowsArePositionedAndMissingItemsAreNothing)
+{
+    clsZEBReaderWindows w;
+    auto a = std::make_shared<clsZEBReaderWindow>(), b = std::make_shared<clsZEBReaderWindow>(),
+         c = std::make_shared<clsZEBReaderWindow>();
+    w.Add(a);
+    w.Add(b, 1);
+    w.Add(c, std::nullopt, 1);
+    EXPECT_EQ(w.Count(), 3);
+    EXPECT_EQ(w.Item(1), b);
+    EXPECT_EQ(w.Item(2), c);
+    EXPECT_EQ(w.Item(3), a);
+    EXPECT_EQ(w.Item(4), nullptr);
+    EXPECT_FALSE(w.Exists(0));
+    w.Remove(2);
+    EXPECT_EQ(w.Item(2), a);
+}
+
+TEST(Collections, BadRemovalIsReportedNotThrown)
+{
+    HostScope scope;
+    clsZEBReaderWindows w;
+    w.Remove(1);
+    EXPECT_EQ(scope.host->only().number, 9);
+    EXPECT_EQ(scope.host->only().location, "clsZEBReaderWindows.Remove");
+}
+
+TEST(Collections, BarcodesByKeyIgnoringCase)
+{
+    HostScope scope;
+    clsZEBReaderBarcodes codes;
+    auto id = std::make_shared<clsZEBReaderBarcode>();
+    codes.Add(id, "StudentId");
+    codes.Add(std::make_shared<clsZEBReaderBarcode>(), std::nullopt, CollectionIndex("studentid"));
+    EXPECT_EQ(codes.Item("STUDENTID"), id);
+    EXPECT_EQ(codes.Item(2), id);
+    EXPECT_FALSE(codes.Exists("nothing"));
+    codes.Add(std::make_shared<clsZEBReaderBarcode>(), "studentID");
+    EXPECT_EQ(scope.host->only().number, 457);
+    EXPECT_EQ(codes.Count(), 2);
+}
+
+} // namespace
+} // namespace zebreader81::test
