@@ -148,7 +148,6 @@ TEST(ProfileTable, ColumnsOfARowPerFamilyAndTheOddOnes)
 {
     const Row rows[] = {
         {"1", "Apperson Advantage Link", zebReaderBaudRate19200, "N", 8, 1, 0, 20, 10, 15, 0, 31, 12},
-        {"39", "Apperson BenchMark 3000", zebReaderBaudRate38400, "N", 8, 1, 0, 0, 0, 1, 0, 0, 15},
         {"37", "Chatsworth Data ACP-100", zebReaderBaudRate9600, "E", 7, 1, 0, 4, 9, 8, 0, 9, 12},
         {"22", "Chatsworth Data ALS AccelScan OMR", zebReaderBaudRate9600, "E", 7, 1, 0, 1, 1, 1, 0, 0, 12},
         {"24", "Peripheral Dynamics Inc. VMR138", zebReaderBaudRate9600, "N", 8, 1, 0, 250, 5, 240, 192, 254,
@@ -158,7 +157,6 @@ TEST(ProfileTable, ColumnsOfARowPerFamilyAndTheOddOnes)
         {"6", "Scantron OpScan 7", zebReaderBaudRate38400, "O", 7, 2, 2, 10, 3, 7, 0, 15, 48},
         {"11", "Scantron Scanmark 2000", zebReaderBaudRate19200, "N", 8, 2, 0, 10, 3, 7, 0, 15, 48},
         {"29", "Scantron Scanmark ES 2800", zebReaderBaudRate9600, "N", 8, 2, 0, 10, 3, 7, 0, 15, 48},
-        {"19", "Sekonic SR-410", zebReaderBaudRate9600, "N", 7, 2, 2, 6, 3, 1, 1, 8, 12},
         {"38", "Sekonic SR-430", zebReaderBaudRate38400, "N", 7, 2, 2, 6, 3, 1, 1, 16, 12},
         {"8", "Sekonic SR-607", zebReaderBaudRate9600, "N", 7, 2, 2, 10, 2, 5, 0, 15, 48},
         {"33", "Sekonic SR3500 (USB)", zebReaderBaudRate9600, "", 0, 0, 0, 10, 2, 5, 0, 15, 48},
@@ -221,8 +219,6 @@ TEST(ProfileTable, OtherSettingsLandOnTheirOwnProperties)
     EXPECT_FALSE(c.Item("6")->RejecterEnabled());
     EXPECT_FALSE(c.Item("3")->Rejecter());
     EXPECT_TRUE(c.Item("3")->RejecterEnabled());
-    EXPECT_TRUE(c.Item("2")->ReaderGradeEnabled());
-    EXPECT_FALSE(c.Item("5")->ReaderGradeEnabled());
 
     // ScanMark: windowing on; the ES 2260 enables only its feeder.
     p = c.Item("28");
@@ -232,12 +228,6 @@ TEST(ProfileTable, OtherSettingsLandOnTheirOwnProperties)
     EXPECT_FALSE(p->DuplexEnabled());
     EXPECT_TRUE(p->PrinterEnabled());
     EXPECT_FALSE(p->Printer());
-
-    // Scantron 8000: no windowing, no printer.
-    p = c.Item("16");
-    EXPECT_FALSE(p->Windowing());
-    EXPECT_FALSE(p->PrinterEnabled());
-    EXPECT_TRUE(p->Duplex());
 }
 
 } // namespace
