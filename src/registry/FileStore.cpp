@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
 #include <set>
@@ -163,7 +164,7 @@ bool writeAll(int fd, const std::string& bytes)
 }
 
 /// Replaces `path` by `bytes` in one rename; the temporary file goes when anything fails.
-Status replaceFile(const std::string& dir, const std::string& path, const std::string& bytes, mode_t mode)
+Status replaceFile(const std::string& path, const std::string& bytes, mode_t mode)
 {
     std::string temp = path + ".XXXXXX";
     Fd fd(::mkstemp(temp.data()));
@@ -184,10 +185,23 @@ Status replaceFile(const std::string& dir, const std::string& path, const std::s
     if (::rename(temp.c_str(), path.c_str()) != 0)
         return fromErrno(errno);
     cleanup.path = nullptr;
-    // The rename itself must reach the disk too.
-    if (Fd dfd(::open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)); dfd)
-        ::fsync(dfd.get());
     return Status::Ok;
+}
+
+/// Removes temporary files that a writer killed before its rename left behind; only called
+/// under the writers' lock, when no live writer can have one.
+void removeStaleTemporaries(const std::string& dir, const std::string& fileName)
+{
+    DIR* d = ::opendir(dir.c_str());
+    if (!d)
+        return;
+    const std::string prefix = fileName + ".";
+    while (const dirent* e = ::readdir(d)) {
+        const std::string_view name(e->d_name);
+        if (name.size() == prefix.size() + 6 && name.starts_with(prefix))
+            ::unlinkat(::dirfd(d), e->d_name, 0);
+    }
+    ::closedir(d);
 }
 
 /// The writers' lock of a root: held from construction to destruction.
@@ -312,6 +326,9 @@ Status FileStore::open(Root root, std::string_view subKey, Access access, std::u
 
 Status FileStore::create(Root root, std::string_view subKey, std::unique_ptr<SettingsKey>& key)
 {
+    // An existing key is opened without taking the writers' lock.
+    if (const Status s = open(root, subKey, Access::Write, key); s != Status::NotFound)
+        return s;
     Hive::Key snapshot;
     const Status s = update(root, [&](Hive& hive) {
         bool created = false;
@@ -343,13 +360,14 @@ Status FileStore::update(Root root, const std::function<bool(Hive&)>& change)
     RootLock lock(dir + "/." + std::string(rootName(root)) + ".reg.lock");
     if (!lock.held())
         return fromErrno(lock.error());
+    removeStaleTemporaries(dir, std::string(rootName(root)) + ".reg");
     Hive hive;
     mode_t mode = root == Root::CurrentUser ? 0600 : 0644;
     if (const Status s = loadRoot(root, hive, &mode); s != Status::Ok)
         return s;
     if (!change(hive))
         return Status::Ok;
-    return replaceFile(dir, path, formatRegFile(hive.toDocument(root), RegEncoding::Utf8), mode);
+    return replaceFile(path, formatRegFile(hive.toDocument(root), RegEncoding::Utf8), mode);
 }
 
 SettingsStore& settingsStore()

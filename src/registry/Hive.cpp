@@ -41,14 +41,12 @@ std::string indexOf(std::string_view path)
     return out;
 }
 
-bool equalNoCase(std::string_view a, std::string_view b)
+std::string lowerName(std::string_view name)
 {
-    if (a.size() != b.size())
-        return false;
-    for (size_t i = 0; i < a.size(); ++i)
-        if (std::tolower(static_cast<unsigned char>(a[i])) != std::tolower(static_cast<unsigned char>(b[i])))
-            return false;
-    return true;
+    std::string out(name);
+    for (char& c : out)
+        c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return out;
 }
 
 std::string canonical(std::string_view subKey)
@@ -71,35 +69,36 @@ std::optional<std::pair<Root, std::string>> splitKeyName(std::string_view fullNa
 
 const Value* Hive::Key::find(std::string_view name) const
 {
-    for (const auto& [n, v] : values)
-        if (equalNoCase(n, name))
-            return &v;
-    return nullptr;
+    const auto it = index_.find(lowerName(name));
+    return it == index_.end() ? nullptr : &values[it->second].second;
 }
 
 bool Hive::Key::set(std::string_view name, const Value& value)
 {
-    for (auto& [n, v] : values) {
-        if (equalNoCase(n, name)) {
-            if (v == value)
-                return false;
-            v = value;
-            return true;
-        }
+    const auto [it, inserted] = index_.try_emplace(lowerName(name), values.size());
+    if (inserted) {
+        values.emplace_back(std::string(name), value);
+        return true;
     }
-    values.emplace_back(std::string(name), value);
+    Value& current = values[it->second].second;
+    if (current == value)
+        return false;
+    current = value;
     return true;
 }
 
 bool Hive::Key::erase(std::string_view name)
 {
-    for (auto it = values.begin(); it != values.end(); ++it) {
-        if (equalNoCase(it->first, name)) {
-            values.erase(it);
-            return true;
-        }
-    }
-    return false;
+    const auto it = index_.find(lowerName(name));
+    if (it == index_.end())
+        return false;
+    const size_t pos = it->second;
+    index_.erase(it);
+    values.erase(values.begin() + static_cast<std::ptrdiff_t>(pos));
+    for (auto& [n, p] : index_)
+        if (p > pos)
+            --p;
+    return true;
 }
 
 Hive::Hive() { keys_.emplace(std::string(), Key{}); }
@@ -120,9 +119,12 @@ Hive::Key& Hive::create(std::string_view subKey, bool* created)
     Key* key = &keys_.at(std::string());
     for (size_t n = 1; n <= parts.size(); ++n) {
         const std::string path = join(parts, n);
-        auto [it, inserted] = keys_.try_emplace(indexOf(path), Key{path, {}});
-        if (inserted && created)
-            *created = true;
+        auto [it, inserted] = keys_.try_emplace(indexOf(path));
+        if (inserted) {
+            it->second.path = path;
+            if (created)
+                *created = true;
+        }
         key = &it->second;
     }
     return *key;

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -21,6 +22,8 @@ std::optional<std::pair<Root, std::string>> splitKeyName(std::string_view fullNa
 /// ignored; the empty path is the root itself, which always exists.
 class Hive {
 public:
+    /// A key's values in the order they were first set; names ignore ASCII case. Change them
+    /// through set and erase only.
     struct Key {
         std::string path;
         std::vector<std::pair<std::string, Value>> values;
@@ -29,6 +32,9 @@ public:
         /// True when the value was new or changed.
         bool set(std::string_view name, const Value& value);
         bool erase(std::string_view name);
+
+    private:
+        std::unordered_map<std::string, size_t> index_; // lower-case name -> position in values
     };
 
     Hive();
