@@ -204,6 +204,10 @@ void removeStaleTemporaries(const std::string& dir, const std::string& fileName)
     ::closedir(d);
 }
 
+/// Whether this process may write the files of a folder, as the registry checks KEY_WRITE
+/// when a key is opened, even for a write that would change nothing.
+bool writable(const std::string& dir) { return ::faccessat(AT_FDCWD, dir.c_str(), W_OK, AT_EACCESS) == 0; }
+
 /// The writers' lock of a root: held from construction to destruction.
 class RootLock {
 public:
@@ -262,13 +266,16 @@ public:
     {
         if (access_ != Access::Write)
             return Status::AccessDenied;
+        Hive::Key updated;
         const Status s = store_.update(root_, [&](Hive& hive) {
             // A key deleted by another process since it was opened is made again.
             Hive::Key& key = hive.create(path_);
-            key.set(name, value);
-            snapshot_ = key;
-            return true;
+            const bool changed = key.set(name, value);
+            updated = key;
+            return changed;
         });
+        if (s == Status::Ok)
+            snapshot_ = std::move(updated);
         return s;
     }
 
@@ -277,14 +284,18 @@ public:
         if (access_ != Access::Write)
             return Status::AccessDenied;
         bool found = false;
+        Hive::Key updated;
         const Status s = store_.update(root_, [&](Hive& hive) {
             Hive::Key* key = hive.find(path_);
             found = key && key->erase(name);
             if (key)
-                snapshot_ = *key;
+                updated = *key;
             return found;
         });
-        return s == Status::Ok && !found ? Status::NotFound : s;
+        if (s != Status::Ok)
+            return s;
+        snapshot_ = std::move(updated);
+        return found ? Status::Ok : Status::NotFound;
     }
 
 private:
@@ -320,6 +331,8 @@ Status FileStore::open(Root root, std::string_view subKey, Access access, std::u
     const Hive::Key* found = hive.find(subKey);
     if (!found)
         return Status::NotFound;
+    if (access == Access::Write && !writable(storeDirectory(root)))
+        return Status::AccessDenied;
     key = std::make_unique<FileKey>(*this, root, found->path, access, *found);
     return Status::Ok;
 }
@@ -356,6 +369,8 @@ Status FileStore::update(Root root, const std::function<bool(Hive&)>& change)
     const mode_t dirMode = root == Root::CurrentUser ? 0700 : 0755;
     if (!makeDirectories(dir, dirMode))
         return errno == ENOTDIR ? Status::IoError : fromErrno(errno);
+    if (!writable(dir))
+        return Status::AccessDenied;
     const std::string path = storeFile(root);
     RootLock lock(dir + "/." + std::string(rootName(root)) + ".reg.lock");
     if (!lock.held())

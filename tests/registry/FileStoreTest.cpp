@@ -96,6 +96,8 @@ TEST_F(FileStore, UnwritableRootMakesSaveValueFalse)
             _exit(1);
         if (registry::SaveValue(HKLM, "Software\\New", "Other", "1"))
             _exit(2);
+        if (registry::SaveValue(HKLM, "Software\\Site", "TimeOut", "3")) // even unchanged
+            _exit(5);
         if (registry::LoadValue(HKLM, "Software\\Site", "TimeOut", "?") != "3")
             _exit(3);
         clsZEBReader r;
