@@ -113,10 +113,11 @@ void OpScanSimulator::setStateLetter(char letter)
     stateLetter_ = letter;
 }
 
-void OpScanSimulator::setModeLetterOverride(std::optional<char> letter)
+void OpScanSimulator::setModeLetterOverride(std::optional<char> letter, int32_t replies)
 {
     std::lock_guard lock(stateMutex);
     modeLetterOverride_ = letter;
+    overrideReplies_ = replies;
 }
 
 void OpScanSimulator::setModeChangePolls(int32_t polls)
@@ -201,6 +202,14 @@ void OpScanSimulator::onReceive(std::string_view bytes)
             break;
         pending_.erase(0, used);
     }
+    processed_ += bytes.size();
+    processedChanged_.notify_all();
+}
+
+bool OpScanSimulator::waitProcessed(std::size_t bytes, std::chrono::milliseconds timeout) const
+{
+    std::unique_lock lock(stateMutex);
+    return processedChanged_.wait_for(lock, timeout, [&] { return processed_ >= bytes; });
 }
 
 // Handles the command at the front of pending_; returns the bytes it took, 0 while incomplete.
@@ -277,6 +286,8 @@ void OpScanSimulator::fullStatus()
     reply[48] = modeLetterOverride_ ? *modeLetterOverride_
                                     : static_cast<char>(known ? modeLetters[reportedMode_ - 1] - 32 : '?');
     reply[50] = CR;
+    if (modeLetterOverride_ && overrideReplies_ > 0 && --overrideReplies_ == 0)
+        modeLetterOverride_.reset();
     send(reply);
 }
 

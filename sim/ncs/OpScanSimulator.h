@@ -5,6 +5,8 @@
 #include "sim/Peer.h"
 #include "sim/Sheet.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <deque>
 #include <optional>
@@ -32,8 +34,9 @@ public:
     int32_t reportedMode() const;
     /// The state letter at offset 34, sent as given.
     void setStateLetter(char letter);
-    /// Sends this byte at offset 48 instead of the mode's letter; nullopt goes back to the mode.
-    void setModeLetterOverride(std::optional<char> letter);
+    /// Sends this byte at offset 48 instead of the mode's letter in the next `replies` "s0"
+    /// replies (all of them while negative); nullopt goes back to the mode.
+    void setModeLetterOverride(std::optional<char> letter, int32_t replies = -1);
     /// After a mode command the next `polls` "s0" replies still report the previous mode.
     void setModeChangePolls(int32_t polls);
     /// "s0" queries answered so far.
@@ -50,6 +53,10 @@ public:
     void stallNextSheetAfter(std::size_t bytes);
     /// The next feed sends these bytes instead of a sheet from the hopper.
     void feedRawOnce(std::string bytes);
+
+    /// Blocks until the scanner has taken in `bytes` bytes from the driver in all, or `timeout`
+    /// passes; False on time-out.
+    bool waitProcessed(std::size_t bytes, std::chrono::milliseconds timeout) const;
 
     /// Every command received, as its bytes, in order (malformed ones included).
     std::vector<std::string> commands() const;
@@ -73,6 +80,8 @@ private:
     void violation(std::string what);
 
     std::string pending_;
+    std::size_t processed_ = 0;
+    mutable std::condition_variable_any processedChanged_;
     std::deque<Sheet> hopper_;
     std::size_t sheetsSent_ = 0;
     int32_t mode_ = 1;
@@ -82,6 +91,7 @@ private:
     int32_t fullPolls_ = 0;
     char stateLetter_ = 'I';
     std::optional<char> modeLetterOverride_;
+    int32_t overrideReplies_ = -1;
     uint8_t statusA_ = 0;
     uint8_t statusB_ = 0;
     bool ready_ = false;
