@@ -357,6 +357,30 @@ TEST_F(OpScan, FormLongerThan150RowsAndUnexpectedSideTwoAreRunTimeErrors)
     }
 }
 
+TEST_F(OpScan, StrayBytesOnTheLineAreDrainedBeforeTheSheet)
+{
+    scanner.addSheet(patternSheet(2, 5, false));
+    ASSERT_TRUE(reader.StartReader());
+    scanner.inject("a12\r\x15");
+    auto& com = Reader::fComm(reader).mscComm;
+    for (int i = 0; i < 200 && com.InBufferCount() < 5; ++i)
+        frmComm::Sleep(5);
+    ASSERT_TRUE(reader.ReadPage());
+    EXPECT_EQ(events->side1.at(0)(2, 1), 6);
+    EXPECT_TRUE(errors.host->reports.empty());
+}
+
+TEST_F(OpScan, ScannerThatHangsUpIsARunTimeErrorNotAHang)
+{
+    scanner.addSheet(patternSheet(2, 0, false));
+    ASSERT_TRUE(reader.StartReader());
+    scanner.hangUp();
+    EXPECT_FALSE(reader.ReadPage());
+    const auto& report = errors.host->only();
+    EXPECT_EQ(report.kind, 0);
+    EXPECT_EQ(report.location, "basNCS.ReadPageNCS");
+}
+
 TEST_F(OpScan, SleepTimeZeroBecomesFiftyAtClose)
 {
     reader.SleepTime(0);
