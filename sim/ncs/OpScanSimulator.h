@@ -15,6 +15,8 @@
 
 namespace zebreader81::sim {
 
+/// A DC1 sends the next sheet from the hopper once the scanner is ready ("r" since the last
+/// mode command); before that it only lets a paused scanner go on. An empty hopper sends nothing.
 class OpScanSimulator : public Peer {
 public:
     /// Starts idle in scan mode 1 ("i") with state letter "I" and `sheets` in the hopper.
