@@ -3,7 +3,15 @@
 #include "channel/frmComm.h"
 #include "engine/ReaderAccess.h"
 
+#include <chrono>
+
 namespace zebreader81::scanmark {
+
+void waitTurn(clsZEBReader& reader)
+{
+    const int32_t sleep = reader.SleepTime();
+    Reader::fComm(reader).DoEvents(std::chrono::milliseconds(sleep > 0 ? sleep : 50));
+}
 
 FirstByte waitFirstByte(clsZEBReader& reader)
 {
@@ -11,7 +19,7 @@ FirstByte waitFirstByte(clsZEBReader& reader)
     auto& com = fc.mscComm;
     fc.tmrScan.Enabled(true);
     while (com.InBufferCount() == 0) {
-        fc.DoEvents();
+        waitTurn(reader);
         if (reader.CancelScan()) {
             fc.tmrScan.Enabled(false);
             return FirstByte::Cancelled;

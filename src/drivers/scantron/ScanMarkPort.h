@@ -8,6 +8,11 @@ class clsZEBReader;
 
 namespace scanmark {
 
+/// One turn of a wait: yields until input arrives, the timer runs out, a cancel request or
+/// SleepTime (50 ms when not set) passes. The pace bounds what a reply that slips in just
+/// before the turn can cost.
+void waitTurn(clsZEBReader& reader);
+
 enum class FirstByte { Arrived, Cancelled, TimedOut };
 
 /// Arms tmrScan and waits, yielding, until a byte is waiting; a cancel request or the timer

@@ -36,13 +36,6 @@ constexpr const char* readTitle = "Read Error";
 // How long the end of a reply may lag behind its last mark character.
 constexpr milliseconds endQuiet{100};
 
-std::optional<milliseconds> pace(const clsZEBReader& reader)
-{
-    if (reader.SleepTime() > 0)
-        return milliseconds(reader.SleepTime());
-    return std::nullopt;
-}
-
 enum class Transfer { Running, Ended, Stalled };
 
 // The next byte of a transfer, waiting paced by SleepTime; nothing once the watchdog ran out.
@@ -58,7 +51,7 @@ std::optional<unsigned char> nextByte(clsZEBReader& reader)
         }
         if (!fc.tmrScan.Enabled())
             return std::nullopt;
-        fc.DoEvents(pace(reader));
+        scanmark::waitTurn(reader);
     }
 }
 
@@ -117,8 +110,8 @@ bool waitForSheet(clsZEBReader& reader)
         }
         if (status != 0)
             return true;
-        if (const auto p = pace(reader))
-            Reader::fComm(reader).DoEvents(p);
+        if (reader.SleepTime() > 0)
+            scanmark::waitTurn(reader);
     }
 }
 
@@ -218,7 +211,7 @@ int16_t CheckStatusST(clsZEBReader& reader)
                 reply += com.Input();
                 continue;
             }
-            fc.DoEvents();
+            scanmark::waitTurn(reader);
             if (reader.CancelScan()) {
                 fc.tmrScan.Enabled(false);
                 return -1;
