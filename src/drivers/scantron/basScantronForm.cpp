@@ -1,4 +1,5 @@
 // basScantron: the form definition download and the acknowledged command.
+#include "channel/Probes.h"
 #include "channel/frmComm.h"
 #include "drivers/scantron/ScanMarkCommands.h"
 #include "drivers/scantron/ScanMarkPort.h"
@@ -42,6 +43,8 @@ bool failField(const std::string& message, int32_t sheet, int16_t side, int32_t 
 bool SendCommandST(clsZEBReader& reader, const std::string& command)
 {
     return trap("ZEBReader81 - basScantron.SendCommandST", false, [&] {
+        // A late byte of an earlier reply must not pass for this command's answer.
+        FlushInputST(reader);
         Reader::fComm(reader).mscComm.Output(command);
         if (scanmark::waitFirstByte(reader) != scanmark::FirstByte::Arrived)
             return false;
