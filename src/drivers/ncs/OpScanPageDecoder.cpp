@@ -18,7 +18,7 @@ OpScanPageDecoder::OpScanPageDecoder(bool withSide2)
       side2_(withSide2 ? SafeArray<int16_t>::matrix(1, Rows, 1, Columns) : SafeArray<int16_t>()),
       barcodes_(SafeArray<std::string>::vector(1, 1))
 {
-    barcodes_(1) = "?";
+    barcodes_(1).assign(1, '?');
 }
 
 OpScanPageDecoder::Step OpScanPageDecoder::feed(uint8_t byte)
