@@ -14,10 +14,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int16_t port = 9;
-constexpr const char* statusLocation = "basPeripheralDynamics.CheckStatusPD";
-constexpr const char* thresholdLocation = "basPeripheralDynamics.SetRecThresholdPD";
 
-sim::Sheet sheetOf(std::vector<std::vector<int>> side1) { return sim::Sheet{std::move(side1), {}, {}}; }
+sim::Sheet sheet(std::vector<std::vector<int>> side1) { return {std::move(side1), {}, {}}; }
 
 struct Pdi : ::testing::Test {
     HostScope errors;
@@ -32,8 +30,6 @@ struct Pdi : ::testing::Test {
         reader.Port(port);
         reader.BaudRate(zebReaderBaudRate9600); // the model's line: 9600, N, 8, 1
         reader.DataBits(zebReaderDataBits8);
-        reader.Parity("N");
-        reader.StopBits(1.0f);
         reader.TimeOut(1);
         reader.SleepTime(1);
         reader.RecognitionThreshold(240);
@@ -41,8 +37,7 @@ struct Pdi : ::testing::Test {
     }
     ~Pdi() override { EXPECT_EQ(scanner.complaints(), std::vector<std::string>{}); }
 
-    // Starts the reader against a scanner already at the wanted threshold, then forgets the
-    // init traffic.
+    // Starts against a scanner one step above the wanted threshold and forgets the traffic.
     void start()
     {
         scanner.setThreshold(reader.RecognitionThreshold() + 1);
@@ -56,31 +51,30 @@ struct Pdi : ::testing::Test {
         reader.EndReader();
         scanner.waitReceived(before + 1, 2s);
         scanner.clearReceived();
+        errors.host->reports.clear();
+    }
+    void expectReport(const std::string& message, const std::string& title, const std::string& procedure)
+    {
+        const auto& r = errors.host->only();
+        EXPECT_EQ(r.description, message);
+        EXPECT_EQ(r.title, title);
+        EXPECT_EQ(r.location, "basPeripheralDynamics." + procedure);
+        EXPECT_EQ(r.kind, 2);
     }
 };
 
-TEST_F(Pdi, InitStepsTheThresholdDownFromAbove)
+TEST_F(Pdi, InitBringsTheThresholdToTheWantedValueFromEitherSide)
 {
-    scanner.setThreshold(248);
-    ASSERT_TRUE(reader.StartReader());
-    // The first "+" reads 247; seven more bring it to 240.
-    EXPECT_EQ(scanner.received(), "0Q" + std::string(8, '+'));
-    EXPECT_EQ(scanner.threshold(), 240);
-    EXPECT_TRUE(errors.host->reports.empty());
-    EXPECT_EQ(Reader::fComm(reader).tmrScan.Interval(), 1000) << "replaces TimeOut's interval";
-}
-
-TEST_F(Pdi, InitStepsTheThresholdUpFromBelowAndLeavesAnEqualOneAlone)
-{
-    scanner.setThreshold(200);
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(scanner.received(), "0Q+" + std::string(41, '-'));
-    EXPECT_EQ(scanner.threshold(), 240);
-    end();
-    scanner.setThreshold(241);
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(scanner.received(), "0Q+");
-    EXPECT_EQ(scanner.threshold(), 240);
+    // The first "+" reads the scanner's value (one below where it stood).
+    const std::pair<int, std::string> cases[] = {
+        {248, "0Q+" + std::string(7, '+')}, {200, "0Q+" + std::string(41, '-')}, {241, "0Q+"}};
+    for (const auto& [from, sent] : cases) {
+        scanner.setThreshold(from);
+        ASSERT_TRUE(reader.StartReader());
+        EXPECT_EQ(scanner.received(), sent);
+        EXPECT_EQ(scanner.threshold(), 240);
+        end();
+    }
 }
 
 TEST_F(Pdi, InitAnswersStatusBitsWithDGAndE)
@@ -89,9 +83,7 @@ TEST_F(Pdi, InitAnswersStatusBitsWithDGAndE)
     scanner.setStatus(16 | 4, 8);
     ASSERT_TRUE(reader.StartReader());
     EXPECT_EQ(scanner.received(), "0QDGE+");
-    EXPECT_EQ(scanner.status1(), 0);
-    EXPECT_EQ(scanner.status2(), 0);
-
+    EXPECT_EQ(scanner.status1() | scanner.status2(), 0);
     end();
     scanner.setThreshold(241);
     scanner.setStatus(4, 0);
@@ -110,66 +102,51 @@ TEST_F(Pdi, SensorAndJamStatusIsReportedAndTheFormEjected)
     };
     for (const auto& [status, message] : cases) {
         SCOPED_TRACE(status);
-        errors.host->reports.clear();
         scanner.setStatus(status);
         reader.CancelScan(false);
         EXPECT_FALSE(reader.StartReader());
         EXPECT_TRUE(reader.CancelScan());
         EXPECT_EQ(scanner.received(), "0Q4");
-        const auto& r = errors.host->only();
-        EXPECT_EQ(r.description, message);
-        EXPECT_EQ(r.title, "Status Error");
-        EXPECT_EQ(r.location, statusLocation);
-        EXPECT_EQ(r.kind, 2);
+        expectReport(message, "Status Error", "CheckStatusPD");
         end();
     }
     EXPECT_EQ(scanner.ejects(), 3);
 }
 
-TEST_F(Pdi, SilentScannerGivesStatusErrorWithinTheFixedInterval)
+TEST_F(Pdi, SilentScannerGivesStatusErrorWhateverTheTimeOut)
 {
-    reader.TimeOut(600); // the status wait must not take this
+    reader.TimeOut(600); // the status wait runs on its own 1000 ms
     scanner.setSilent(true);
     EXPECT_FALSE(reader.StartReader());
-    const auto& r = errors.host->only();
-    EXPECT_EQ(r.description, "The PDI scanner did not respond to a STATUS request.  Make sure the scanner is "
-                             "connected and powered on.");
-    EXPECT_EQ(r.title, "Status Error");
-    EXPECT_EQ(r.location, statusLocation);
-    EXPECT_EQ(scanner.received(), "0Q");
+    expectReport(
+        "The PDI scanner did not respond to a STATUS request.  Make sure the scanner is connected and "
+        "powered on.",
+        "Status Error", "CheckStatusPD");
+    EXPECT_EQ(Reader::fComm(reader).tmrScan.Interval(), 1000) << "stays until the next StartReader";
 }
 
 TEST_F(Pdi, ThresholdFailuresAreReportedUnderTheirOwnTitle)
 {
     scanner.setThresholdAnswer("G1");
     EXPECT_FALSE(reader.StartReader());
-    {
-        const auto& r = errors.host->only();
-        EXPECT_EQ(
-            r.description,
-            "The PDI scanner returned an invalid threshold setting.  Please reset the scanner and retry.");
-        EXPECT_EQ(r.title, "Threshold Initialization Error");
-        EXPECT_EQ(r.location, thresholdLocation);
-    }
+    expectReport(
+        "The PDI scanner returned an invalid threshold setting.  Please reset the scanner and retry.",
+        "Threshold Initialization Error", "SetRecThresholdPD");
     end();
-
-    errors.host->reports.clear();
     scanner.setThresholdAnswer(""); // no answer to "+"
     EXPECT_FALSE(reader.StartReader());
-    const auto& r = errors.host->only();
-    EXPECT_EQ(r.description, "There was no response from the PDI scanner while initializing.");
-    EXPECT_EQ(r.title, "Threshold Initialization Error");
-    EXPECT_EQ(r.location, thresholdLocation);
+    expectReport("There was no response from the PDI scanner while initializing.",
+                 "Threshold Initialization Error", "SetRecThresholdPD");
 }
 
 TEST_F(Pdi, SheetRowsAreFilledUpwardWithTheThresholdPlusOne)
 {
     reader.RecognitionThreshold(200);
     start();
-    //                  columns 1 .. 12 (13 and 14 are beyond the read head)
-    scanner.addSheet(sheetOf({{1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 15, 9, 9},
-                              {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
-                              {0, 0, 0, 0, 0, 3, 3, 0, 0, 0, 0, 0}}));
+    // Columns 13 and 14 are beyond the read head; the empty middle row goes as two 64s.
+    scanner.addSheet(sheet({{1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 15, 9, 9},
+                            {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},
+                            {0, 0, 0, 0, 0, 3, 3, 0, 0, 0, 0, 0}}));
     ASSERT_TRUE(reader.ReadPage());
     EXPECT_EQ(scanner.received(), "Q89");
     EXPECT_EQ(reader.Side1TimingMarks(), 3);
@@ -182,46 +159,39 @@ TEST_F(Pdi, SheetRowsAreFilledUpwardWithTheThresholdPlusOne)
         for (int c = 1; c <= 14; ++c)
             marked += m(r, c) != 0;
     EXPECT_EQ(marked, 4);
-    EXPECT_EQ(m(1, 1), 201);
-    EXPECT_EQ(m(1, 12), 201);
-    EXPECT_EQ(m(3, 6), 201);
-    EXPECT_EQ(m(3, 7), 201);
+    EXPECT_EQ(m(1, 1) + m(1, 12) + m(3, 6) + m(3, 7), 4 * 201);
     EXPECT_TRUE(errors.host->reports.empty());
 }
 
-TEST_F(Pdi, RawStreamHalvesRowCountAndCarriesOnPastAnInnerCR)
+TEST_F(Pdi, RawStreamRoundsTheRowCountAndReadsOnPastAnInnerCR)
 {
     start();
     std::thread feeder([this] {
-        if (scanner.waitReceived(2, 5s))
-            // LF, then 13 (bits 1, 4, 8) and an empty half-row, a lone first byte, then CR.
+        if (scanner.waitReceived(2, 5s)) // "Q8"
+            // 13 as data (bits 1, 4, 8), an empty half, a lone first byte "A" (64 + 1), CR.
             scanner.inject(std::string{'\n', '\r', '@', 'A', '\r'});
     });
     const bool read = reader.ReadPage();
     feeder.join();
     ASSERT_TRUE(read);
-    // Four characters waited behind the LF: (4 - 1) / 2 = 1.5 rounds to 2.
-    EXPECT_EQ(reader.Side1TimingMarks(), 2);
+    EXPECT_EQ(reader.Side1TimingMarks(), 2) << "four characters behind the LF: 1.5 rounds to 2";
     const auto m = reader.Side1Array();
-    EXPECT_EQ(m(2, 1), 241);
-    EXPECT_EQ(m(2, 3), 241);
-    EXPECT_EQ(m(2, 4), 241);
-    EXPECT_EQ(m(2, 7), 0);
-    EXPECT_EQ(m(1, 1), 241) << "'A' is 64 + 1";
+    EXPECT_EQ(m(2, 1) + m(2, 3) + m(2, 4) + m(1, 1), 4 * 241);
+    EXPECT_EQ(m(2, 2) + m(2, 7) + m(1, 7), 0);
     EXPECT_EQ(scanner.received(), "Q89");
 }
 
 TEST_F(Pdi, ReadUnderWaySendsNoReadCommand)
 {
     start();
-    scanner.addSheet(sheetOf({{0, 1}}));
+    scanner.addSheet(sheet({{0, 1}}));
     scanner.setReadUnderWay();
     ASSERT_TRUE(reader.ReadPage());
     EXPECT_EQ(scanner.received(), "Q9");
     EXPECT_EQ(reader.Side1Array()(1, 2), 241);
 }
 
-TEST_F(Pdi, CancelScanEndsAWaitForASheetWithoutAMessage)
+TEST_F(Pdi, CancelScanEndsTheWaitForASheetWithoutAMessage)
 {
     start();
     std::thread canceller([this] {
@@ -234,10 +204,10 @@ TEST_F(Pdi, CancelScanEndsAWaitForASheetWithoutAMessage)
     EXPECT_TRUE(errors.host->reports.empty());
 }
 
-TEST_F(Pdi, RejectSendsThreeAndTheBatchEndEjectsWithFour)
+TEST_F(Pdi, RejectSendsThreeTheBatchEndEjectsWithFourAndCloseSendsNine)
 {
     for (int i = 0; i < 3; ++i)
-        scanner.addSheet(sheetOf({{1}}));
+        scanner.addSheet(sheet({{1}}));
     events->onReadSheet = [this](int sheet, bool&) {
         if (sheet == 1)
             reader.RejectPage();
@@ -253,14 +223,10 @@ TEST_F(Pdi, RejectSendsThreeAndTheBatchEndEjectsWithFour)
                                   "4"
                                   "9");
     EXPECT_EQ(scanner.rejects(), 1);
-    EXPECT_EQ(scanner.ejects(), 1);
     EXPECT_EQ(scanner.sheetsLeft(), 1u);
-}
 
-TEST_F(Pdi, CloseSendsNineAndReportsFalse)
-{
     start();
-    EXPECT_FALSE(reader.EndReader());
+    EXPECT_FALSE(reader.EndReader()) << "the close has no result for this model";
     scanner.waitReceived(1, 2s);
     EXPECT_EQ(scanner.received(), "9");
     EXPECT_FALSE(Reader::fComm(reader).mscComm.PortOpen());
