@@ -1,5 +1,6 @@
 #include "drivers/ncs/basNCSEZData.h"
 
+#include "channel/Probes.h"
 #include "channel/frmComm.h"
 #include "drivers/ncs/EZDataProtocol.h"
 #include "drivers/ncs/EZDataSheet.h"
@@ -30,13 +31,6 @@ bool fail(const std::string& message, const char* location)
 {
     basError::ReportDevice(message, location, Title);
     return false;
-}
-
-void drain(SerialControl& com)
-{
-    com.InputLen(0);
-    while (com.InBufferCount() > 0)
-        com.Input();
 }
 
 std::optional<char> takeByte(SerialControl& com)
@@ -90,7 +84,7 @@ std::string actionAnswer(frmComm& fc)
 bool action(clsZEBReader& reader, std::string_view commandWord, std::string_view step, const char* location)
 {
     auto& fc = Reader::fComm(reader);
-    drain(fc.mscComm);
+    FlushInputST(reader);
     fc.mscComm.Output(frame(commandWord));
     const AnswerFault fault = checkAnswer(actionAnswer(fc), 2);
     if (fault != AnswerFault::None)
@@ -134,7 +128,7 @@ bool checkStatus(clsZEBReader& reader)
 {
     auto& com = Reader::fComm(reader).mscComm;
     for (int ejects = 0;; ++ejects) {
-        drain(com);
+        FlushInputST(reader);
         com.Output(frame(word::Status));
         frmComm::Sleep(100);
         if (com.InBufferCount() != static_cast<int16_t>(StatusAnswerLength))
@@ -170,8 +164,7 @@ bool checkStatus(clsZEBReader& reader)
 bool InitReaderNCSEZ(clsZEBReader& reader)
 {
     return trap(InitLocation, false, [&] {
-        auto& com = Reader::fComm(reader).mscComm;
-        drain(com);
+        FlushInputST(reader);
         frmComm::Sleep(100);
 
         const auto config = readConfiguration(reader);
@@ -215,7 +208,7 @@ bool ReadPageNCSEZ(clsZEBReader& reader)
 
         auto& fc = Reader::fComm(reader);
         auto& com = fc.mscComm;
-        drain(com);
+        FlushInputST(reader);
         com.Output(frame(word::Enable));
         frmComm::Sleep(500);
 
@@ -260,7 +253,7 @@ bool SetValuesNCSEZ(clsZEBReader& reader, const std::string& frame, const std::s
 {
     return trap(SetValuesLocation, false, [&] {
         auto& com = Reader::fComm(reader).mscComm;
-        drain(com);
+        FlushInputST(reader);
         com.Output(frame);
         frmComm::Sleep(100);
         std::string answer;
