@@ -61,45 +61,6 @@ TEST(EZDataProtocol, AnswerFaultsInTheOrderTheyAreChecked)
     EXPECT_EQ(checkAnswer("G\r\r", 2), AnswerFault::BrokenOff);
     EXPECT_EQ(checkAnswer("G", 2), AnswerFault::BrokenOff);
     EXPECT_EQ(checkAnswer("G\r", 2), AnswerFault::None);
-
-    EXPECT_EQ(answerMessage("EJECT", AnswerFault::Refused),
-              "EZData Scanner - Unexpected data returned from scanner (EJECT?).");
-    EXPECT_EQ(answerMessage("DISABLE", AnswerFault::NotAccepted),
-              "EZData Scanner - Unexpected data returned from scanner (DISABLE1).");
-    EXPECT_EQ(answerMessage("GETCONFIG", AnswerFault::BrokenOff),
-              "EZData Scanner - Unexpected data returned from scanner (GETCONFIG2).");
-}
-
-TEST(EZDataProtocol, SetValuesAnswerIsExactlyGCr)
-{
-    EXPECT_EQ(checkSetValuesAnswer("G\r"), SetValuesFault::None);
-    EXPECT_EQ(checkSetValuesAnswer("G\r\r"), SetValuesFault::ByteCount);
-    EXPECT_EQ(checkSetValuesAnswer(""), SetValuesFault::ByteCount);
-    EXPECT_EQ(checkSetValuesAnswer("?\r"), SetValuesFault::Refused);
-    EXPECT_EQ(checkSetValuesAnswer("N\r"), SetValuesFault::ReturnValue);
-    EXPECT_EQ(checkSetValuesAnswer("GG"), SetValuesFault::NoCR);
-
-    const std::string tail = "returned from scanner in response to: SETTHRESH5";
-    EXPECT_EQ(setValuesMessage(SetValuesFault::ByteCount, "SETTHRESH5"),
-              "EZData Scanner - Unexpected data (#bytes) " + tail);
-    EXPECT_EQ(setValuesMessage(SetValuesFault::Refused, "SETTHRESH5"),
-              "EZData Scanner - Unexpected data (?) " + tail);
-    EXPECT_EQ(setValuesMessage(SetValuesFault::ReturnValue, "SETTHRESH5"),
-              "EZData Scanner - Unexpected data (return_value) " + tail);
-    EXPECT_EQ(setValuesMessage(SetValuesFault::NoCR, "SETTHRESH5"),
-              "EZData Scanner - Unexpected data " + tail);
-}
-
-TEST(EZDataProtocol, StatusAnswerIsGStatusCr)
-{
-    const auto ok = checkStatusAnswer("G\x25\r");
-    EXPECT_EQ(ok.fault, StatusFault::None);
-    EXPECT_EQ(ok.status, 0x25);
-    EXPECT_EQ(checkStatusAnswer("G\r").fault, StatusFault::Incomplete);
-    EXPECT_EQ(checkStatusAnswer("G  \r").fault, StatusFault::Incomplete);
-    EXPECT_EQ(checkStatusAnswer("G  ").fault, StatusFault::Incomplete);
-    EXPECT_EQ(checkStatusAnswer("? \r").fault, StatusFault::Refused);
-    EXPECT_EQ(checkStatusAnswer("X \r").fault, StatusFault::NotAccepted);
 }
 
 // Marked columns of one row of a decoded sheet.
