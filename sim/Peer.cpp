@@ -246,10 +246,14 @@ Peer::Clock::time_point Peer::writeDue(bool& wantWrite)
         changed_.notify_all();
     }
     if (!babble_.empty()) {
-        // Keep the line full: write until the pseudo-terminal pushes back.
-        // A bounded number of writes per turn keeps the driver's bytes coming in.
-        std::size_t done = 0;
-        for (int i = 0; i < 16 && writeRaw(babble_, done); ++i) {
+        // Keep the line full, the pattern unbroken across short writes; a bounded number of
+        // writes per turn keeps the driver's bytes coming in.
+        for (int i = 0; i < 16; ++i) {
+            std::size_t done = 0;
+            const bool whole = writeRaw(std::string_view(babble_).substr(babbleAt_), done);
+            babbleAt_ = (babbleAt_ + done) % babble_.size();
+            if (!whole)
+                break;
         }
         wantWrite = true;
     }
@@ -373,7 +377,10 @@ void Peer::babble(std::string_view pattern)
 {
     {
         std::lock_guard lock(mutex_);
-        babble_ = pattern;
+        babble_.clear();
+        babbleAt_ = 0;
+        while (!pattern.empty() && babble_.size() < 4096)
+            babble_ += pattern;
     }
     wake();
 }

@@ -134,7 +134,8 @@ private:
     std::size_t stallBudget_ = 0;
     std::size_t garbleLeft_ = 0;
     uint32_t noise_ = 1;
-    std::string babble_;
+    std::string babble_; // the pattern, repeated to a block
+    std::size_t babbleAt_ = 0;
     bool recording_ = true;
     bool hangRequested_ = false;
     bool hungUp_ = false;
