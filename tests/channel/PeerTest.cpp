@@ -113,5 +113,59 @@ TEST_F(PeerFaults, HangUpNowEndsTheLineForTheDriver)
     peer.hangUp();
 }
 
+TEST_F(PeerFaults, BabbleKeepsThePatternUnbrokenUntilCleared)
+{
+    peer.babble("abc");
+    std::string got;
+    com.InputLen(0);
+    while (got.size() < 100000) {
+        fc.DoEvents();
+        got += com.Input();
+    }
+    peer.clearFaults();
+    for (std::size_t i = 0; i < got.size(); ++i)
+        ASSERT_EQ(got[i], "abc"[i % 3]) << "at " << i;
+}
+
+// A scanner that drops the line when told goodbye, from inside its own receive handler.
+class HangingPeer : public sim::Peer {
+public:
+    HangingPeer() { start(); }
+    ~HangingPeer() override { stop(); }
+
+protected:
+    void onReceive(std::string_view bytes) override
+    {
+        if (bytes.find("BYE") != std::string_view::npos)
+            hangUp();
+        else
+            send("ok");
+    }
+};
+
+TEST(PeerHangUp, FromItsOwnHandlerReachesTheDriver)
+{
+    PortMap ports;
+    HangingPeer peer;
+    ports.map(1, peer.path());
+    frmComm fc;
+    fc.mscComm.CommPort(1);
+    fc.mscComm.PortOpen(true);
+    fc.mscComm.Output("hello");
+    fc.tmrScan.Interval(5000);
+    fc.tmrScan.Enabled(true);
+    while (fc.mscComm.InBufferCount() < 2 && fc.tmrScan.Enabled())
+        fc.DoEvents();
+    EXPECT_TRUE(fc.tmrScan.Enabled());
+    fc.mscComm.Output("BYE");
+    EXPECT_THROW(
+        {
+            while (fc.tmrScan.Enabled())
+                fc.DoEvents();
+        },
+        RuntimeError);
+    EXPECT_TRUE(peer.hungUp());
+}
+
 } // namespace
 } // namespace zebreader81::test
