@@ -37,8 +37,9 @@ public:
     explicit PosixSerial(int fd) : fd_(fd) {}
     ~PosixSerial() override
     {
-        drainBriefly();
-        tcflush(fd_, TCIOFLUSH);
+        // Output is dropped only when it would not drain: on a pseudo-terminal an output flush
+        // discards what the peer has not read yet.
+        tcflush(fd_, drainBriefly() ? TCIFLUSH : TCIOFLUSH);
         // The exclusive flag outlives our descriptor while anyone else holds the terminal.
         ioctl(fd_, TIOCNXCL);
         flock(fd_, LOCK_UN);
@@ -123,12 +124,17 @@ public:
     }
 
 private:
-    void drainBriefly()
+    // True when the output queue emptied in time.
+    bool drainBriefly()
     {
         const auto until = steady_clock::now() + closeDrain;
         int queued = 0;
-        while (ioctl(fd_, TIOCOUTQ, &queued) == 0 && queued > 0 && steady_clock::now() < until)
+        while (ioctl(fd_, TIOCOUTQ, &queued) == 0 && queued > 0) {
+            if (steady_clock::now() >= until)
+                return false;
             std::this_thread::sleep_for(milliseconds(5));
+        }
+        return true;
     }
 
     int fd_;
