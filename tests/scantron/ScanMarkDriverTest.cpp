@@ -212,6 +212,18 @@ TEST_F(WindowForm, ReadPutsEachCharacterInItsCell)
     EXPECT_EQ(s2, expected2);
 }
 
+TEST_F(WindowForm, SideTwoAreasOfASingleSidedFormStillGiveAnEmptySideTwoArray)
+{
+    reader.DuplexForm(false);
+    scanner->addSheet(sheet(12, 10, 9, 8));
+    ASSERT_TRUE(reader.StartReader());
+    ASSERT_TRUE(reader.ReadPage());
+    EXPECT_EQ(reader.Side1Array()(12, 4), strength(1, 12, 4));
+    // The walk reaches the page-2 area after side 1; the scanner's CR follows at once.
+    EXPECT_EQ(reader.Side2Array(), (SafeArray<int16_t>::matrix(1, 9, 1, 8)));
+    EXPECT_TRUE(errors.host->reports.empty());
+}
+
 TEST_F(WindowForm, RejectedSideTwoFieldReportsItsLocationBlockAndResetsAgain)
 {
     scanner->rejectCommand("FRM=DK 2 8");
