@@ -321,6 +321,23 @@ TEST_F(ScanMarkDriver, The8000DeliversRawBytesAndTheRejecterAddsE)
     EXPECT_EQ(scanner->sheetsRead(), 2);
 }
 
+TEST_F(ScanMarkDriver, ACRAfterTheStatusReplyNeitherEndsTheMarkDataNorBlocksTheEject)
+{
+    open(zebReaderTypeScantronScanMark2000, {sheet(3, 4), sheet(3, 4)});
+    form({3}, {4});
+    reader.Rejecter(true);
+    scanner->statusTrailer("\r");
+    ASSERT_TRUE(reader.StartReader());
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(reader.ReadPage());
+        EXPECT_EQ(reader.Side1Array()(3, 4), strength(1, 3, 4));
+        bool reject = true;
+        EXPECT_TRUE(basScantron::RejectPageST(reader, reject));
+    }
+    EXPECT_TRUE(eventually([&] { return scanner->ejections() == "CC"; })) << scanner->ejections();
+    EXPECT_TRUE(errors.host->reports.empty());
+}
+
 TEST_F(ScanMarkDriver, HandFeedingPollsUntilASheetIsReady)
 {
     open(zebReaderTypeScantronScanMarkES2010);

@@ -121,6 +121,8 @@ bool waitForSheet(clsZEBReader& reader)
 bool startTransfer(clsZEBReader& reader, bool withReject, const char* timeoutMessage, const char* location)
 {
     auto& fc = Reader::fComm(reader);
+    // The mark data must not open with what trailed the status reply.
+    FlushInputST(reader);
     fc.mscComm.Output(scanmark::readCommand(withReject));
     switch (scanmark::waitFirstByte(reader)) {
     case FirstByte::Arrived: break;
@@ -320,6 +322,8 @@ bool RejectPageST(clsZEBReader& reader, bool& reject)
     return trap(rejectLocation, false, [&] {
         auto& fc = Reader::fComm(reader);
         auto& com = fc.mscComm;
+        // A byte left from an earlier reply must not pass for the answer to the eject.
+        FlushInputST(reader);
         if (reject)
             com.Output(scanmark::rejectPrintCommand());
         com.Output(scanmark::ejectCommand(reject));
