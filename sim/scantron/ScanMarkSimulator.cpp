@@ -90,6 +90,12 @@ void ScanMarkSimulator::statusFault(StatusFault fault, int times)
         faults_.push_back(fault);
 }
 
+void ScanMarkSimulator::statusTrailer(std::string bytes)
+{
+    std::lock_guard lock(stateMutex);
+    statusTrailer_ = std::move(bytes);
+}
+
 std::vector<std::string> ScanMarkSimulator::commands() const
 {
     std::lock_guard lock(stateMutex);
@@ -333,7 +339,7 @@ void ScanMarkSimulator::sendStatus()
     reply += "00000";
     reply += static_cast<char>(code);
     reply += "000";
-    send(reply);
+    send(reply + statusTrailer_);
 }
 
 void ScanMarkSimulator::sendMarks()

@@ -45,6 +45,8 @@ public:
     void rejectCommand(const std::string& prefix);
     /// The next `times` status replies report the fault.
     void statusFault(StatusFault fault, int times = 1);
+    /// Bytes sent after every 12-character status reply (a closing CR, as some firmware does).
+    void statusTrailer(std::string bytes);
 
     // What happened.
     /// Command texts received (without ESC and CR), in order.
@@ -93,6 +95,7 @@ private:
     bool readWaiting_ = false;
     bool holding_ = false;
     std::deque<StatusFault> faults_;
+    std::string statusTrailer_;
 };
 
 } // namespace zebreader81::sim

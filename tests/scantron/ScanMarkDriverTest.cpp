@@ -212,6 +212,18 @@ TEST_F(WindowForm, ReadPutsEachCharacterInItsCell)
     EXPECT_EQ(s2, expected2);
 }
 
+TEST_F(WindowForm, SideTwoAreasOfASingleSidedFormStillGiveAnEmptySideTwoArray)
+{
+    reader.DuplexForm(false);
+    scanner->addSheet(sheet(12, 10, 9, 8));
+    ASSERT_TRUE(reader.StartReader());
+    ASSERT_TRUE(reader.ReadPage());
+    EXPECT_EQ(reader.Side1Array()(12, 4), strength(1, 12, 4));
+    // The walk reaches the page-2 area after side 1; the scanner's CR follows at once.
+    EXPECT_EQ(reader.Side2Array(), (SafeArray<int16_t>::matrix(1, 9, 1, 8)));
+    EXPECT_TRUE(errors.host->reports.empty());
+}
+
 TEST_F(WindowForm, RejectedSideTwoFieldReportsItsLocationBlockAndResetsAgain)
 {
     scanner->rejectCommand("FRM=DK 2 8");
@@ -307,6 +319,23 @@ TEST_F(ScanMarkDriver, The8000DeliversRawBytesAndTheRejecterAddsE)
     EXPECT_TRUE(reader.Side2Array().empty());
     ASSERT_TRUE(reader.ReadPage()) << "the next sheet starts clean";
     EXPECT_EQ(scanner->sheetsRead(), 2);
+}
+
+TEST_F(ScanMarkDriver, ACRAfterTheStatusReplyNeitherEndsTheMarkDataNorBlocksTheEject)
+{
+    open(zebReaderTypeScantronScanMark2000, {sheet(3, 4), sheet(3, 4)});
+    form({3}, {4});
+    reader.Rejecter(true);
+    scanner->statusTrailer("\r");
+    ASSERT_TRUE(reader.StartReader());
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(reader.ReadPage());
+        EXPECT_EQ(reader.Side1Array()(3, 4), strength(1, 3, 4));
+        bool reject = true;
+        EXPECT_TRUE(basScantron::RejectPageST(reader, reject));
+    }
+    EXPECT_TRUE(eventually([&] { return scanner->ejections() == "CC"; })) << scanner->ejections();
+    EXPECT_TRUE(errors.host->reports.empty());
 }
 
 TEST_F(ScanMarkDriver, HandFeedingPollsUntilASheetIsReady)

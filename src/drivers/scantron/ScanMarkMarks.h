@@ -44,6 +44,8 @@ public:
     /// Raises 6 when an area's geometry overflows 16 bits.
     explicit WindowCursor(const std::vector<FieldEntry>& plan);
     bool done() const { return area_ >= areas_.size(); }
+    /// True once every side-1 area is behind: the walk is over or a side-2 area is next.
+    bool pastSide1() const { return done() || areas_[area_].side != 1; }
     WindowCell cell() const;
     void advance();
 

@@ -11,6 +11,7 @@
 #include "engine/ReaderAccess.h"
 #include "engine/basError.h"
 
+#include <algorithm>
 #include <chrono>
 #include <limits>
 #include <optional>
@@ -120,6 +121,8 @@ bool waitForSheet(clsZEBReader& reader)
 bool startTransfer(clsZEBReader& reader, bool withReject, const char* timeoutMessage, const char* location)
 {
     auto& fc = Reader::fComm(reader);
+    // The mark data must not open with what trailed the status reply.
+    FlushInputST(reader);
     fc.mscComm.Output(scanmark::readCommand(withReject));
     switch (scanmark::waitFirstByte(reader)) {
     case FirstByte::Arrived: break;
@@ -278,7 +281,14 @@ bool ReadWindowsST(clsZEBReader& reader)
             if (side2.empty())
                 side2 = scanmark::sideArray(Reader::Side2RowsMax(reader), Reader::Side2ColsMax(reader));
         };
-        const auto plan = scanmark::fieldPlan(*reader.Windows(), reader.Duplex() && reader.DuplexForm());
+        const auto windows = reader.Windows();
+        const auto plan = scanmark::fieldPlan(*windows, reader.Duplex() && reader.DuplexForm());
+        // Side 1 is the leading run of areas with Page 1 or less. The area after it (Page 2 or
+        // more) creates the side-2 array once the walk gets that far, even when the form
+        // carried no record for it and the scanner sends nothing for it.
+        const auto side1Areas =
+            std::count_if(plan.begin(), plan.end(), [](const auto& f) { return f.side == 1; });
+        const bool side2Areas = windows->Count() > side1Areas;
         scanmark::WindowCursor cursor(plan);
         Transfer t = Transfer::Running;
         while (t == Transfer::Running && !cursor.done()) {
@@ -299,12 +309,10 @@ bool ReadWindowsST(clsZEBReader& reader)
             }
             cursor.advance();
         }
-        if (t == Transfer::Running) {
-            for (const auto& f : plan)
-                if (f.side == 2)
-                    newSide2();
+        if (side2Areas && cursor.pastSide1())
+            newSide2();
+        if (t == Transfer::Running)
             finishTransfer(reader);
-        }
         return handOver(reader, side1, side2);
     });
 }
@@ -314,6 +322,8 @@ bool RejectPageST(clsZEBReader& reader, bool& reject)
     return trap(rejectLocation, false, [&] {
         auto& fc = Reader::fComm(reader);
         auto& com = fc.mscComm;
+        // A byte left from an earlier reply must not pass for the answer to the eject.
+        FlushInputST(reader);
         if (reject)
             com.Output(scanmark::rejectPrintCommand());
         com.Output(scanmark::ejectCommand(reject));
