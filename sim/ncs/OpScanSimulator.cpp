@@ -139,6 +139,12 @@ void OpScanSimulator::setStatusBits(uint8_t a, uint8_t b)
     statusB_ = b;
 }
 
+void OpScanSimulator::setShortStatusLength(std::size_t length)
+{
+    std::lock_guard lock(stateMutex);
+    shortStatusLength_ = std::clamp<std::size_t>(length, 4, 5);
+}
+
 void OpScanSimulator::stallNextSheetAfter(std::size_t bytes)
 {
     std::lock_guard lock(stateMutex);
@@ -295,7 +301,7 @@ void OpScanSimulator::shortStatus()
 {
     const std::string reply{'1', static_cast<char>(0x40 | (statusA_ & 0x3F)),
                             static_cast<char>(0x40 | (statusB_ & 0x3F)), '0', CR};
-    send(reply);
+    send(reply.substr(0, shortStatusLength_));
 }
 
 void OpScanSimulator::modeCommand(const std::string& command)

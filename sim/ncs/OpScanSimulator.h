@@ -48,6 +48,8 @@ public:
     /// Status bits of offsets 1 (A: skew 2, thickness 1) and 2 (B: jam 8, read head 4, path 1-2).
     /// They stay until changed; the scanner sets bit 6 in both bytes.
     void setStatusBits(uint8_t a, uint8_t b);
+    /// Length of the "s1" reply: 4 (the least the scanner sends) or 5 (default, with its CR).
+    void setShortStatusLength(std::size_t length);
 
     // Faults.
     /// The next sheet stops after `bytes` bytes of its page stream and the scanner falls silent
@@ -96,6 +98,7 @@ private:
     int32_t overrideReplies_ = -1;
     uint8_t statusA_ = 0;
     uint8_t statusB_ = 0;
+    std::size_t shortStatusLength_ = 5;
     bool ready_ = false;
     bool sheetInTransport_ = false;
     std::optional<std::size_t> stallAfter_;

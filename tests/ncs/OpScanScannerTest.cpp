@@ -1,5 +1,6 @@
 // OpScan scanners end to end: the reader object over a pseudo-terminal against the simulator.
 #include "channel/frmComm.h"
+#include "drivers/ncs/basNCS.h"
 #include "engine/ReaderAccess.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "support/TestHost.h"
@@ -379,6 +380,79 @@ TEST_F(OpScan, ScannerThatHangsUpIsARunTimeErrorNotAHang)
     const auto& report = errors.host->only();
     EXPECT_EQ(report.kind, 0);
     EXPECT_EQ(report.location, "basNCS.ReadPageNCS");
+}
+
+TEST_F(OpScan, AllNineModelsShareOneCodePath)
+{
+    const zebReaderType models[] = {
+        zebReaderTypeNCSOpScan2, zebReaderTypeNCSOpScan3,        zebReaderTypeNCSOpScan4,
+        zebReaderTypeNCSOpScan5, zebReaderTypeNCSOpScan7,        zebReaderTypeNCSOpScan6,
+        zebReaderTypeNCSOpScan8, zebReaderTypeNCSOpScaniNSIGHT4, zebReaderTypeNCSOpScaniNSIGHT2};
+    reader.Printer()->Enabled(true);
+    reader.Printer()->Active(true);
+    reader.Printer()->Buffer1("x");
+    for (auto model : models) {
+        SCOPED_TRACE(model);
+        const std::size_t before = commands().size();
+        reader.ReaderType(model);
+        reader.Printer()->Distance(12); // each change of model resets it
+        scanner.addSheet(patternSheet(1, 0, false));
+        ASSERT_TRUE(reader.StartReader());
+        ASSERT_TRUE(reader.ReadPage(true));
+        reader.EjectPage();
+        ASSERT_TRUE(reader.EndReader());
+        const auto all = commands();
+        EXPECT_EQ(Commands(all.begin() + static_cast<std::ptrdiff_t>(before), all.end()),
+                  (Commands{"s0", "r", DC1, "s1", "112" + EOT, "2x " + EOT, DC2}));
+    }
+    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_TRUE(scanner.violations().empty());
+}
+
+TEST_F(OpScan, RejectPageNeedsARejecterAndEjectPageSendsDc2)
+{
+    scanner.addSheet(patternSheet(1, 0, false));
+    scanner.addSheet(patternSheet(1, 1, false));
+    ASSERT_TRUE(reader.StartReader());
+    ASSERT_TRUE(reader.ReadPage());
+    reader.RejectPage(); // no rejecter fitted: nothing goes out, yet the sheet counts as handled
+    reader.EjectPage();
+    EXPECT_EQ(afterLastStatus(), Commands{"s1"});
+    ASSERT_TRUE(reader.ReadPage());
+    reader.EjectPage();
+    reader.RejectPage();
+    EXPECT_EQ(afterLastStatus(), (Commands{"s1", DC2}));
+}
+
+TEST_F(OpScan, FourByteStatusReplyIsEnough)
+{
+    scanner.setShortStatusLength(4);
+    scanner.addSheet(patternSheet(1, 3, false));
+    ASSERT_TRUE(reader.StartReader());
+    ASSERT_TRUE(reader.ReadPage());
+    EXPECT_TRUE(errors.host->reports.empty());
+
+    scanner.setStatusBits(0, 8);
+    scanner.addSheet(patternSheet(1, 3, false));
+    EXPECT_FALSE(reader.ReadPage());
+    expectOneDeviceReport(
+        "Paper Jam",
+        "The scanner reports paper jam or a misfeed.  Please clear the feeder and then rescan the form.",
+        "basNCS.CheckStatusNCS");
+}
+
+TEST_F(OpScan, ScanModeZeroIsRefusedAndOthersOutsideTheTableGoOutWithoutALetter)
+{
+    ASSERT_TRUE(reader.StartReader());
+    EXPECT_FALSE(basNCS::SetScanModeNCS(reader, 0));
+    expectOneDeviceReport("Invalid Scan Mode", "An invalid scan mode was specified.",
+                          "basNCS.SetScanModeNCS");
+    EXPECT_EQ(commands().back(), "r") << "nothing sent for mode 0";
+
+    EXPECT_TRUE(basNCS::SetScanModeNCS(reader, 7));
+    EXPECT_TRUE(basNCS::SetScanModeNCS(reader, -1));
+    const auto all = commands();
+    EXPECT_EQ(Commands(all.end() - 4, all.end()), (Commands{"e" + EOT, DC1, "e" + EOT, DC1}));
 }
 
 TEST_F(OpScan, SleepTimeZeroBecomesFiftyAtClose)
