@@ -324,13 +324,13 @@ TEST_F(EZData, EnableAnswerFaults)
     expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (ENABLE1).", "ReadPageNCSEZ");
 }
 
-TEST_F(EZData, ByteWithoutTheDataBitInTheSheetIsEnable2)
+TEST_F(EZData, EightBitByteInTheSheetIsEnable2)
 {
     ASSERT_TRUE(reader.StartReader());
-    auto feeder = whileWaitingForTheSheet([&] { scanner->inject("! \x01"); });
+    auto feeder = whileWaitingForTheSheet([&] { scanner->inject("! \x81"); });
     EXPECT_FALSE(reader.ReadPage());
     feeder.join();
-    expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (ENABLE2): ! \x01",
+    expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (ENABLE2): ! \x81",
                        "ReadPageNCSEZ");
     EXPECT_TRUE(reader.CancelScan());
 }

@@ -12,7 +12,9 @@ namespace {
 // Mark bits of one half row, for its highest column first (bit 32 is the data flag).
 constexpr std::array<uint8_t, 6> markBits{1, 2, 4, 8, 16, 64};
 
-bool isDataByte(uint8_t b) { return (b & 0xA0) == 0x20; }
+// A seven-bit line cannot carry bit 128: such a byte is noise, not data. A byte without the
+// data flag (bit 32) is still read for its mark bits.
+bool isDataByte(uint8_t b) { return (b & 0x80) == 0; }
 
 } // namespace
 

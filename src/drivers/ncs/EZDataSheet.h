@@ -10,8 +10,8 @@ namespace zebreader81::ezdata {
 /// Decodes the sheet stream one byte at a time into a 150 by 12 array.
 ///
 /// First byte of a row: bit 1 column 12, 2 column 11, 4 column 10, 8 column 9, 16 column 8,
-/// 64 column 7. Second byte: the same bits for columns 6 to 1. Every data byte carries
-/// bit 32 (so none is CR); a blank marks nothing but still counts as its half.
+/// 64 column 7. Second byte: the same bits for columns 6 to 1. The scanner sets bit 32 on
+/// every data byte (so none is CR); a blank marks nothing but still counts as its half.
 class SheetDecoder {
 public:
     static constexpr int32_t Rows = 150;
@@ -20,7 +20,7 @@ public:
     enum class Step {
         More,    ///< byte taken, the sheet goes on
         End,     ///< CR: the sheet is complete
-        Invalid, ///< not a data byte; nothing changed
+        Invalid, ///< bit 128 set: not a seven-bit character; nothing changed
     };
 
     /// A marked cell receives `markValue`.
