@@ -47,15 +47,19 @@ public:
     /// COM port number, 1 to 16.
     int16_t Port() const;
     void Port(int16_t value);
+    /// Line speed in baud.
     zebReaderBaudRate BaudRate() const;
     void BaudRate(zebReaderBaudRate value);
+    /// Data bits per character.
     zebReaderDataBits DataBits() const;
     void DataBits(zebReaderDataBits value);
     /// Parity letter: N, E, O, M or S.
     std::string Parity() const;
     void Parity(const std::string& value);
+    /// Stop bits: 1, 1.5 or 2.
     float StopBits() const;
     void StopBits(float value);
+    /// Handshaking on the line.
     zebReaderFlowControl FlowControl() const;
     void FlowControl(zebReaderFlowControl value);
     /// Reply time-out in seconds (1 to 600; StartReader replaces other values by 10).
@@ -66,10 +70,13 @@ public:
     void SleepTime(int32_t value);
 
     // Reading
+    /// Mark cut-off level, as the model's driver applies it.
     int16_t MarkCutOff() const;
     void MarkCutOff(int16_t value);
+    /// Mark discrimination level, as the model's driver applies it.
     int16_t MarkDiscrimination() const;
     void MarkDiscrimination(int16_t value);
+    /// Recognition threshold for the models that take one.
     int16_t RecognitionThreshold() const;
     void RecognitionThreshold(int16_t value);
     /// Whole page or read areas only.
@@ -82,20 +89,25 @@ public:
     bool ReaderGrade() const;
     void ReaderGrade(bool value);
 
-    // Hardware options
+    // Hardware options: the scanner has the option and it is used
+    /// Reads both sides of a sheet.
     bool Duplex() const;
     void Duplex(bool value);
     /// The form has a second side to read.
     bool DuplexForm() const;
     void DuplexForm(bool value);
+    /// Reads barcodes.
     bool Barcode() const;
     void Barcode(bool value);
+    /// Feeds sheets from a hopper.
     bool Feeder() const;
     void Feeder(bool value);
+    /// Has a select stacker for rejected sheets.
     bool Rejecter() const;
     void Rejecter(bool value);
 
     // Results of the last sheet (copies)
+    /// Mark values of side 1 and side 2, indexed (row, column).
     SafeArray<int16_t> Side1Array() const;
     SafeArray<int16_t> Side2Array() const;
     /// Timing marks (rows) counted by the driver per side.
@@ -117,10 +129,14 @@ public:
     bool CancelScan() const;
     void CancelScan(bool value);
 
-    // Children
+    // Children, created with the reader
+    /// Barcode areas.
     std::shared_ptr<clsZEBReaderBarcodes> Barcodes() const;
+    /// Read areas, used while Windowing is True.
     std::shared_ptr<clsZEBReaderWindows> Windows() const;
+    /// Catalogue of the models' factory settings.
     std::shared_ptr<clsZEBReaderProfiles> Profiles() const;
+    /// Imprinter.
     std::shared_ptr<clsZEBReaderPrinter> Printer() const;
     /// Answer key for the scanners that grade; released by EndReader.
     std::shared_ptr<HostObject> AnswerKey() const;
@@ -132,12 +148,13 @@ public:
     void HelpID(zebReaderHelpID eHelpIDType, int32_t value);
 
     // Device
-    /// Opens the scanner (port and the model's init sequence).
+    /// Opens the scanner (port and the model's init sequence). A failed init sets CancelScan.
     bool StartReader();
-    /// Reads one sheet: BeforeSheet, ReadSheet, BeforePrint/AfterPrint, AfterSheet.
+    /// Reads one sheet: BeforeSheet, ReadSheet, BeforePrint/AfterPrint, AfterSheet. False when
+    /// CancelScan was set or no sheet was read.
     bool ReadPage(bool InitializePrinter = false);
     /// StartReader, sheets until CancelScan or lMaxSheets (-1: no limit), EndReader.
-    /// lSheetCount counts on from the value passed in.
+    /// lSheetCount counts on from the value passed in. CancelScan stays True afterwards.
     bool ReadBatch(bool InitializePrinter = false, int32_t lMaxSheets = -1);
     bool ReadBatch(bool InitializePrinter, int32_t lMaxSheets, int32_t& lSheetCount);
     /// Closes the scanner and releases AnswerKey.
@@ -160,9 +177,11 @@ public:
     bool SetError(std::shared_ptr<ErrorHost> oErr);
     /// Opens the settings dialog; False when cancelled or when no dialog is available.
     bool ShowOptions(void* fParent = nullptr);
-    /// Searches ports (iStartPort first, then 1 to 16) for the scanner; sets Port.
+    /// Searches ports (iStartPort first, then 1 to 16) for the scanner and sets Port to the
+    /// first that answers. Only for the models whose profile allows it.
     bool Locate(int16_t iStartPort = 0);
-    /// Asks the scanner for its firmware text.
+    /// Asks the scanner for its firmware text into sReturn (left alone on failure). Only for
+    /// the models whose profile allows it.
     bool Firmware(std::string& sReturn);
 
     /// Connects an event sink; returns its cookie.

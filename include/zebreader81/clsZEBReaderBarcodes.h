@@ -24,8 +24,10 @@ public:
     /// Number of characters.
     int16_t Length() const { return length_; }
     void Length(int16_t v) { length_ = v; }
+    /// Symbology (bit values, may be combined).
     zebBarcodeType Symbology() const { return symbology_; }
     void Symbology(zebBarcodeType v) { symbology_ = v; }
+    /// Direction of the bars on the sheet.
     zebBarcodeOrientation Orientation() const { return orientation_; }
     void Orientation(zebBarcodeOrientation v) { orientation_ = v; }
 

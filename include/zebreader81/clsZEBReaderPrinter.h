@@ -22,6 +22,7 @@ public:
     /// Print on the following sheets; never True while Enabled is False.
     bool Active() const;
     void Active(bool value);
+    /// The three lines of text to print; only the first BufferCount are used.
     const std::string& Buffer1() const { return buffer1_; }
     void Buffer1(const std::string& v) { buffer1_ = v; }
     const std::string& Buffer2() const { return buffer2_; }
@@ -32,7 +33,7 @@ public:
     int32_t FilledBufferCount() const;
     /// Lines the model prints: 3, 1 or 0.
     int32_t BufferCount() const;
-    /// Print position.
+    /// Print position along the sheet.
     int16_t Distance() const { return distance_; }
     void Distance(int16_t v) { distance_ = v; }
     /// Smallest and largest print position and longest text; -1 while not Enabled.

@@ -13,12 +13,14 @@ namespace zebreader81 {
 /// gaps, holding NumItems questions of NumChoices answers. All fields start at 0.
 class ZEBREADER81_API clsZEBReaderWindow {
 public:
+    /// First row and number of rows; RowGap rows between them.
     int16_t StartRow() const { return startRow_; }
     void StartRow(int16_t v) { startRow_ = v; }
     int16_t NumRows() const { return numRows_; }
     void NumRows(int16_t v) { numRows_ = v; }
     int16_t RowGap() const { return rowGap_; }
     void RowGap(int16_t v) { rowGap_ = v; }
+    /// First column and number of columns; ColGap columns between them.
     int16_t StartCol() const { return startCol_; }
     void StartCol(int16_t v) { startCol_ = v; }
     int16_t NumCols() const { return numCols_; }
@@ -28,9 +30,10 @@ public:
     /// Sheet side (1 or 2).
     int16_t Page() const { return page_; }
     void Page(int16_t v) { page_ = v; }
-    /// 1: characters arrive row by row ("L"); other values: column by column ("C").
+    /// Direction in which the area is read: 1 row by row, 0 column by column.
     int16_t Orientation() const { return orientation_; }
     void Orientation(int16_t v) { orientation_ = v; }
+    /// Questions in the area, and answers per question.
     int16_t NumItems() const { return numItems_; }
     void NumItems(int16_t v) { numItems_ = v; }
     int16_t NumChoices() const { return numChoices_; }
@@ -41,7 +44,7 @@ private:
     int16_t page_ = 0, orientation_ = 0, numItems_ = 0, numChoices_ = 0;
 };
 
-/// 1-based collection of read areas, kept in the order the scanner reports them.
+/// 1-based collection of read areas, in the order they were added or placed.
 class ZEBREADER81_API clsZEBReaderWindows {
 public:
     clsZEBReaderWindows();

@@ -14,7 +14,7 @@ namespace zebreader81 {
 using namespace std::chrono;
 
 namespace {
-// While a host yield callback is set, a wait wakes at least this often to run it.
+// While a host yield callback is set or a cancel is pending, a wait wakes at least this often.
 constexpr milliseconds yieldSlice{50};
 } // namespace
 
@@ -196,7 +196,7 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
     }
     if (pace && pace->count() > 0)
         limit(*pace);
-    if (yield_)
+    if (yield_ || (cancel_ && cancel_->load()))
         limit(yieldSlice);
 
     const bool arrived = mscComm.PortOpen() && mscComm.fillBuffer() > 0;

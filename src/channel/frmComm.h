@@ -4,6 +4,7 @@
 
 #include "channel/SerialBackend.h"
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -110,12 +111,16 @@ public:
     void Wake();
     /// Host callback run on every DoEvents turn, at least every 50 ms while set.
     void setYield(std::function<void()> callback) { yield_ = std::move(callback); }
+    /// The reader's CancelScan. While it is set a turn blocks for 50 ms at most, so a wait that
+    /// watches it ends even when an earlier wait took the Wake.
+    void setCancelFlag(const std::atomic<bool>* flag) { cancel_ = flag; }
     /// Closes the port if open (the form's unload).
     void Unload();
 
 private:
     int wakeFd_ = -1;
     std::function<void()> yield_;
+    const std::atomic<bool>* cancel_ = nullptr;
 };
 
 } // namespace zebreader81

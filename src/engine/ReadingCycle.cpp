@@ -5,6 +5,8 @@
 #include "engine/basError.h"
 #include "zebreader81/clsZEBReader.h"
 
+#include <cstdint>
+
 namespace zebreader81 {
 
 ReaderEvents::~ReaderEvents() = default;
@@ -31,6 +33,8 @@ bool clsZEBReader::EndReader()
 {
     return trap("ZEBReader81 - clsZEBReader.EndReader", false, [&] {
         const bool result = basRead::ReaderClose(*this);
+        // A closed reader has no sheet left to reject or eject.
+        impl_->sheetHandled = true;
         impl_->answerKey.reset();
         return result;
     });
@@ -100,6 +104,8 @@ bool clsZEBReader::ReadBatch(bool InitializePrinter, int32_t lMaxSheets, int32_t
             if (lMaxSheets >= 0 && lSheetCount >= lMaxSheets)
                 break;
             lastRead = ReadPage(InitializePrinter);
+            if (lSheetCount == INT32_MAX)
+                err::raise(err::Overflow);
             ++lSheetCount; // a failed read counts too
         }
         if (CancelScan() || (lMaxSheets > 0 && lSheetCount == lMaxSheets)) {

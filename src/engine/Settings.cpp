@@ -6,9 +6,10 @@
 
 #include <cctype>
 #include <cfloat>
+#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace zebreader81 {
 
@@ -16,28 +17,41 @@ namespace {
 
 constexpr int32_t objectNotSet = 91;
 
-bool isBlank(char c) { return c == ' ' || c == '\t'; }
+// Blanks that the lenient parse skips wherever they stand ("1 200" is 1200).
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
 
-// Length of a decimal number at s[pos]: sign, digits with an optional fraction, exponent.
+std::string withoutBlanks(const std::string& text)
+{
+    std::string out;
+    for (char c : text)
+        if (!isBlank(c))
+            out += c;
+    return out;
+}
+
+bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Length of a decimal number at s[pos]: sign, digits with an optional fraction, an exponent
+// written with E or D.
 size_t numberLength(const std::string& s, size_t pos)
 {
     const size_t start = pos;
     if (pos < s.size() && (s[pos] == '+' || s[pos] == '-'))
         ++pos;
     size_t digits = 0;
-    while (pos < s.size() && std::isdigit(static_cast<unsigned char>(s[pos])))
+    while (pos < s.size() && isDigit(s[pos]))
         ++pos, ++digits;
     if (pos < s.size() && s[pos] == '.')
-        for (++pos; pos < s.size() && std::isdigit(static_cast<unsigned char>(s[pos]));)
+        for (++pos; pos < s.size() && isDigit(s[pos]);)
             ++pos, ++digits;
     if (digits == 0)
         return 0;
-    if (pos < s.size() && (s[pos] == 'e' || s[pos] == 'E')) {
+    if (pos < s.size() && (s[pos] == 'e' || s[pos] == 'E' || s[pos] == 'd' || s[pos] == 'D')) {
         size_t e = pos + 1;
         if (e < s.size() && (s[e] == '+' || s[e] == '-'))
             ++e;
-        if (e < s.size() && std::isdigit(static_cast<unsigned char>(s[e]))) {
-            while (e < s.size() && std::isdigit(static_cast<unsigned char>(s[e])))
+        if (e < s.size() && isDigit(s[e])) {
+            while (e < s.size() && isDigit(s[e]))
                 ++e;
             pos = e;
         }
@@ -45,20 +59,59 @@ size_t numberLength(const std::string& s, size_t pos)
     return pos - start;
 }
 
+// The number numberLength measured; independent of the host's locale.
 double parseNumber(const std::string& s, size_t pos, size_t len)
 {
-    return std::strtod(s.substr(pos, len).c_str(), nullptr);
+    std::string text = s.substr(pos, len);
+    bool negative = false;
+    if (!text.empty() && (text[0] == '+' || text[0] == '-')) {
+        negative = text[0] == '-';
+        text.erase(0, 1);
+    }
+    for (char& c : text)
+        if (c == 'd' || c == 'D')
+            c = 'e';
+    double value = 0.0;
+    const auto parsed = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (parsed.ec == std::errc::result_out_of_range) {
+        // Too small to hold is 0; too large is an overflow.
+        const auto e = text.find('e');
+        if (e != std::string::npos && e + 1 < text.size() && text[e + 1] == '-')
+            return 0.0;
+        err::raise(err::Overflow);
+    }
+    return negative ? -value : value;
 }
 
-// The lenient number parse of stored texts: blanks skipped, the leading number counts
-// ("12abc" is 12) and a text without one is 0.
+// "&H" and "&O" literals: four hexadecimal digits or fewer are a 16-bit Integer ("&HFFFF" is
+// -1), more a 32-bit Long.
+double radixNumber(const std::string& s, size_t pos)
+{
+    const int radix = (s[pos + 1] == 'h' || s[pos + 1] == 'H') ? 16 : 8;
+    uint64_t value = 0;
+    for (pos += 2; pos < s.size(); ++pos) {
+        const char c = static_cast<char>(std::tolower(static_cast<unsigned char>(s[pos])));
+        const int digit = isDigit(c) ? c - '0' : (radix == 16 && c >= 'a' && c <= 'f') ? c - 'a' + 10 : radix;
+        if (digit >= radix)
+            break;
+        value = value * static_cast<uint64_t>(radix) + static_cast<uint64_t>(digit);
+        if (value > 0xFFFFFFFFu)
+            err::raise(err::Overflow);
+    }
+    if (value <= 0xFFFFu)
+        return static_cast<int16_t>(static_cast<uint16_t>(value));
+    return static_cast<int32_t>(static_cast<uint32_t>(value));
+}
+
+// The lenient number parse of stored texts: blanks are skipped, the leading number counts
+// ("12abc" is 12), "&H"/"&O" literals are read in their radix, a text without a number is 0.
 double leadingNumber(const std::string& text)
 {
-    size_t pos = 0;
-    while (pos < text.size() && (isBlank(text[pos]) || text[pos] == '\n' || text[pos] == '\r'))
-        ++pos;
-    const size_t len = numberLength(text, pos);
-    return len ? parseNumber(text, pos, len) : 0.0;
+    const std::string s = withoutBlanks(text);
+    if (s.size() >= 2 && s[0] == '&' && std::strchr("hHoO", s[1]) != nullptr)
+        return radixNumber(s, 0);
+    const size_t len = numberLength(s, 0);
+    return len ? parseNumber(s, 0, len) : 0.0;
 }
 
 // Boolean from a stored text: "True"/"False" in any case, or a number (0 is False);
@@ -109,14 +162,20 @@ float toSingle(double v)
 
 std::string booleanText(bool v) { return v ? "True" : "False"; }
 
-// A Single as its shortest decimal text: seven significant digits, exponent form when needed.
+// A Single as its decimal text: seven significant digits, exponent form when needed, a
+// point whatever the host's locale.
 std::string singleText(float v)
 {
     if (v == 0.0f)
         return "0";
     char buf[32];
-    std::snprintf(buf, sizeof buf, "%.7G", static_cast<double>(v));
-    return buf;
+    const auto written =
+        std::to_chars(buf, buf + sizeof buf, static_cast<double>(v), std::chars_format::general, 7);
+    std::string text(buf, written.ptr);
+    for (char& c : text)
+        if (c == 'e')
+            c = 'E';
+    return text;
 }
 
 } // namespace

@@ -9,7 +9,10 @@ namespace zebreader81 {
 
 HostObject::~HostObject() = default;
 
-clsZEBReader::clsZEBReader() : impl_(std::make_unique<Impl>()) {}
+clsZEBReader::clsZEBReader() : impl_(std::make_unique<Impl>())
+{
+    impl_->fComm->setCancelFlag(&impl_->cancelScan);
+}
 
 clsZEBReader::~clsZEBReader()
 {

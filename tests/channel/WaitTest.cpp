@@ -157,6 +157,40 @@ TEST(WaitCancel, CancelScanFromAnotherThreadEndsAWaitWithoutTimer)
     EXPECT_TRUE(cancelled);
 }
 
+TEST(WaitCancel, ACancelSeenByAnEarlierTimedWaitStillEndsTheNextUntimedOne)
+{
+    PortMap ports;
+    LinePeer peer;
+    ports.map(1, peer.path());
+    clsZEBReader reader;
+    auto& fc = Reader::fComm(reader);
+    fc.mscComm.CommPort(1);
+    fc.mscComm.PortOpen(true);
+    // The cancel comes during a timed wait that does not look at it (an acknowledgement)...
+    fc.tmrScan.Interval(200);
+    fc.tmrScan.Enabled(true);
+    std::thread host([&] {
+        std::this_thread::sleep_for(20ms);
+        reader.CancelScan(true);
+    });
+    while (fc.mscComm.InBufferCount() == 0 && fc.tmrScan.Enabled())
+        fc.DoEvents();
+    host.join();
+    // ...and the wait for a hand-fed sheet that follows must still end on it. The peer's late
+    // data only keeps a faulty build from hanging.
+    peer.replyAfter(3s, "x");
+    bool cancelled = false;
+    while (fc.mscComm.InBufferCount() == 0) {
+        fc.DoEvents();
+        if (reader.CancelScan()) {
+            cancelled = true;
+            break;
+        }
+    }
+    EXPECT_TRUE(cancelled);
+    EXPECT_EQ(fc.mscComm.InBufferCount(), 0) << "the wait ended on the late data, not on the cancel";
+}
+
 TEST_F(Wait, TheHostYieldRunsWhileWaiting)
 {
     int yields = 0;

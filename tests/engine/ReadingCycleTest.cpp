@@ -32,7 +32,8 @@ TEST_F(Cycle, ReadPageRaisesEventsInOrderAndReadsBackOnlyWhatItShould)
 
     ASSERT_TRUE(reader.ReadPage(true));
     // BeforeSheet gets the imprinter's state; the handler flips it, which must not count.
-    EXPECT_EQ(events->log, (Strings{"BeforeSheet(True)", "ReadSheet(False)", "BeforePrint", "AfterSheet(False)"}));
+    EXPECT_EQ(events->log,
+              (Strings{"BeforeSheet(True)", "ReadSheet(False)", "BeforePrint", "AfterSheet(False)"}));
     ASSERT_EQ(events->beforePrintCancelIn.size(), 1u);
     EXPECT_TRUE(events->beforePrintCancelIn[0]) << "bCancel defaults to the ReadSheet bReject";
     EXPECT_EQ(family.calls, (Strings{"read", "print(skip)"}));
@@ -144,6 +145,27 @@ TEST_F(Cycle, RejectTwiceSendsOneCommand)
     EXPECT_EQ(family.calls, (Strings{"read", "reject"}));
 }
 
+TEST_F(Cycle, NothingIsRejectedOrEjectedOnceTheReaderIsClosed)
+{
+    family.reads = {true};
+    ASSERT_TRUE(reader.StartReader());
+    ASSERT_TRUE(reader.ReadPage());
+    EXPECT_TRUE(reader.EndReader());
+    reader.RejectPage();
+    reader.EjectPage();
+    EXPECT_EQ(family.calls, (Strings{"init", "read", "close"}));
+}
+
+TEST_F(Cycle, SheetCountThatWouldOverflowIsReportedNotWrapped)
+{
+    family.reads = {true};
+    int32_t count = INT32_MAX;
+    EXPECT_FALSE(reader.ReadBatch(false, -1, count));
+    EXPECT_EQ(count, INT32_MAX);
+    EXPECT_EQ(errors.host->only().number, 6);
+    EXPECT_EQ(errors.host->only().location, "clsZEBReader.ReadBatch");
+}
+
 TEST_F(Cycle, EndReaderReleasesTheAnswerKey)
 {
     reader.AnswerKey(std::make_shared<HostObject>());
@@ -185,7 +207,8 @@ TEST(Routing, SekonicUsbSheetStaysOpenAfterAFailedEject)
     ASSERT_EQ(reports.size(), 2u);
     EXPECT_EQ(reports[0].location, "basSekonicSR.EjectPageSR");
     EXPECT_EQ(reports[1].location, "basSekonicSR.RejectPageSR");
-    EXPECT_EQ(reports[1].description, "The Sekonic SR2300 (USB) scanner is not supported by this version of ZEBReader81.");
+    EXPECT_EQ(reports[1].description,
+              "The Sekonic SR2300 (USB) scanner is not supported by this version of ZEBReader81.");
     EXPECT_EQ(reports[1].title, "Unsupported Scanner");
     EXPECT_EQ(reports[1].kind, 2);
 }

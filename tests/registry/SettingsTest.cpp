@@ -4,6 +4,8 @@
 #include "registry/SettingsValues.h"
 #include "support/TestHost.h"
 
+#include <clocale>
+
 namespace zebreader81::test {
 namespace {
 
@@ -181,6 +183,40 @@ TEST_F(Settings, NumbersAreReadLeniently)
     EXPECT_EQ(r.StopBits(), 1.5f);
     EXPECT_EQ(r.TimeOut(), 2);
     EXPECT_EQ(r.SleepTime(), 10);
+}
+
+TEST_F(Settings, NumbersSkipInnerBlanksAndReadRadixLiterals)
+{
+    ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerBaud", "19 200"));
+    ASSERT_TRUE(registry::SaveValue(HKCU, site, "MarkCutOff", "&H1F"));
+    ASSERT_TRUE(registry::SaveValue(HKCU, site, "MarkDiscrimination", "&HFFFF")); // a 16-bit -1
+    ASSERT_TRUE(registry::SaveValue(HKCU, site, "RecognitionThreshold", "&o17"));
+    ASSERT_TRUE(registry::SaveValue(HKCU, site, "SleepTime", "2D1"));
+    clsZEBReader r;
+    ASSERT_TRUE(r.LoadSettings(HKCU, site));
+    EXPECT_EQ(r.BaudRate(), 19200);
+    EXPECT_EQ(r.MarkCutOff(), 31);
+    EXPECT_EQ(r.MarkDiscrimination(), -1);
+    EXPECT_EQ(r.RecognitionThreshold(), 15);
+    EXPECT_EQ(r.SleepTime(), 20);
+}
+
+TEST_F(Settings, NumbersIgnoreTheHostsLocale)
+{
+    const char* previous = std::setlocale(LC_NUMERIC, nullptr);
+    const std::string kept = previous ? previous : "C";
+    if (!std::setlocale(LC_NUMERIC, "de_DE.UTF-8") && !std::setlocale(LC_NUMERIC, "fr_FR.UTF-8"))
+        GTEST_SKIP() << "no locale with a decimal comma installed";
+    clsZEBReader a;
+    a.StopBits(1.5f);
+    ASSERT_TRUE(a.SaveSettings(HKCU, site));
+    clsZEBReader b;
+    const bool loaded = b.LoadSettings(HKCU, site);
+    const std::string stored = registry::LoadValue(HKCU, site, "ScannerStopBits", "?");
+    std::setlocale(LC_NUMERIC, kept.c_str());
+    ASSERT_TRUE(loaded);
+    EXPECT_EQ(stored, "1.5");
+    EXPECT_EQ(b.StopBits(), 1.5f);
 }
 
 TEST_F(Settings, NumberTooLargeForItsPropertyIsAnOverflow)
