@@ -170,6 +170,10 @@ int runScan(const ScanOptions& o)
     if (!o.sheetsFile.empty() && !o.simulate)
         throw UsageError("--sheets-file needs --simulate");
 
+    if (o.simulate && !o.reader.model.empty())
+        Simulation::requireSimulator(parseModel(o.reader.model));
+    auto output = makeOutput(format, o.output);
+
     auto errors = ErrorSink::install(format == "json");
     clsZEBReader reader;
     if (!o.reader.apply(reader))
@@ -199,7 +203,6 @@ int runScan(const ScanOptions& o)
                                   (simulation ? " (simulated, " + simulation->path() + ")" : ""));
     }
 
-    auto output = makeOutput(format, o.output);
     Progress progress(stderrIsTerminal() && !(stdoutIsTerminal() && o.output.empty()));
     auto events = std::make_shared<ScanEvents>(reader, *output, sheetsToReject, progress);
     const int32_t cookie = reader.Advise(events);

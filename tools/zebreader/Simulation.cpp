@@ -9,7 +9,7 @@ namespace zebreader::cli {
 
 namespace sim = zebreader81::sim;
 
-Simulation::Simulation(int32_t readerType, const std::string& sheetsFile, int port)
+void Simulation::requireSimulator(int32_t readerType)
 {
     if (!sim::hasSimulator(readerType)) {
         std::string families;
@@ -20,6 +20,11 @@ Simulation::Simulation(int32_t readerType, const std::string& sheetsFile, int po
                          " (" + zebreader81::basRead::ReaderTypeName(readerType) +
                          "); simulated families: " + (families.empty() ? "none" : families));
     }
+}
+
+Simulation::Simulation(int32_t readerType, const std::string& sheetsFile, int port)
+{
+    requireSimulator(readerType);
     try {
         sheets_ = sheetsFile.empty() ? sim::sampleSheets(readerType) : sim::loadSheetFile(sheetsFile);
     } catch (const sim::SheetFileError& e) {

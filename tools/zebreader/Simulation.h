@@ -19,6 +19,9 @@ public:
     /// or the sheet file is bad.
     Simulation(int32_t readerType, const std::string& sheetsFile, int port);
 
+    /// Throws UsageError when this build has no simulator for the family of `readerType`.
+    static void requireSimulator(int32_t readerType);
+
     const std::vector<zebreader81::sim::Sheet>& sheets() const { return sheets_; }
     const std::string& path() const { return peer_->path(); }
 
