@@ -27,112 +27,145 @@ bool isOneOf(int32_t type, std::initializer_list<int32_t> values)
     return false;
 }
 
+// A family without an imprinter.
+bool noPrint(clsZEBReader&, bool, bool&) { return false; }
+
 FamilyDriver apperson()
 {
     using namespace basApperson;
-    return {InitReaderAP, CloseReaderAP, ReadPageAP, [](clsZEBReader&, bool, bool&) { return false; },
-            [](clsZEBReader& r) { RejectPageAP(r); }, [](clsZEBReader& r, bool&) { EjectPageAP(r); }};
+    return {.init = InitReaderAP,
+            .close = CloseReaderAP,
+            .read = ReadPageAP,
+            .print = noPrint,
+            .reject = [](clsZEBReader& r) { RejectPageAP(r); },
+            .eject = [](clsZEBReader& r, bool&) { EjectPageAP(r); }};
 }
 
 FamilyDriver opScan()
 {
     using namespace basNCS;
-    return {InitReaderNCS, CloseReaderNCS, ReadPageNCS,
-            [](clsZEBReader& r, bool skip, bool&) { return !skip && PrintNCS(r); },
-            [](clsZEBReader& r) {
-                if (r.Rejecter())
-                    RejectPageNCS(r);
-            },
-            [](clsZEBReader& r, bool&) { EjectPageNCS(r); }};
+    return {.init = InitReaderNCS,
+            .close = CloseReaderNCS,
+            .read = ReadPageNCS,
+            .print = [](clsZEBReader& r, bool skip, bool&) { return !skip && PrintNCS(r); },
+            .reject =
+                [](clsZEBReader& r) {
+                    if (r.Rejecter())
+                        RejectPageNCS(r);
+                },
+            .eject = [](clsZEBReader& r, bool&) { EjectPageNCS(r); }};
 }
 
 FamilyDriver sekonicSerial()
 {
     using namespace basScanningSystems;
-    return {InitReaderSS, [](clsZEBReader&) { return CloseReaderSS(); }, ReadPageSS,
-            [](clsZEBReader& r, bool skip, bool& disposed) {
-                if (!isOneOf(r.ReaderType(), {7, 8, 9, 10}))
-                    return false;
-                const bool printed = PrintSS(r, skip);
-                disposed = skip;
-                return printed;
-            },
-            [](clsZEBReader& r) { RejectPageSS(r, r.Rejecter()); },
-            [](clsZEBReader& r, bool&) { RejectPageSS(r, false); }};
+    return {.init = InitReaderSS,
+            .close = [](clsZEBReader&) { return CloseReaderSS(); },
+            .read = ReadPageSS,
+            // Called even when skipped (the SR-410 and SR-430 have no imprinter).
+            .print =
+                [](clsZEBReader& r, bool skip, bool& disposed) {
+                    if (!isOneOf(r.ReaderType(), {7, 8, 9, 10}))
+                        return false;
+                    const bool printed = PrintSS(r, skip);
+                    disposed = skip;
+                    return printed;
+                },
+            .reject = [](clsZEBReader& r) { RejectPageSS(r, r.Rejecter()); },
+            .eject = [](clsZEBReader& r, bool&) { RejectPageSS(r, false); }};
 }
 
 FamilyDriver scanMark()
 {
     using namespace basScantron;
-    return {InitReaderST, CloseReaderST,
-            [](clsZEBReader& r) {
-                return r.RecognitionMode() == zebRecognitionTypePage ? ReadPageST(r) : ReadWindowsST(r);
-            },
-            [](clsZEBReader& r, bool skip, bool&) { return !skip && PrintST(r); },
-            [](clsZEBReader& r) {
-                bool reject = r.Rejecter();
-                RejectPageST(r, reject);
-            },
-            [](clsZEBReader& r, bool&) {
-                bool reject = false;
-                RejectPageST(r, reject);
-            }};
+    return {.init = InitReaderST,
+            .close = CloseReaderST,
+            .read =
+                [](clsZEBReader& r) {
+                    return r.RecognitionMode() == zebRecognitionTypePage ? ReadPageST(r) : ReadWindowsST(r);
+                },
+            .print = [](clsZEBReader& r, bool skip, bool&) { return !skip && PrintST(r); },
+            .reject =
+                [](clsZEBReader& r) {
+                    bool reject = r.Rejecter();
+                    RejectPageST(r, reject);
+                },
+            .eject =
+                [](clsZEBReader& r, bool&) {
+                    bool reject = false;
+                    RejectPageST(r, reject);
+                }};
 }
 
 FamilyDriver chatsworth()
 {
     using namespace basChatsworth;
-    return {InitReaderCT, [](clsZEBReader&) { return true; }, ReadPageCT,
-            [](clsZEBReader&, bool, bool&) { return false; },
-            [](clsZEBReader& r) {
-                bool reject = r.Rejecter();
-                RejectPageCT(r, reject);
-            },
-            [](clsZEBReader& r, bool& disposed) {
-                bool reject = false;
-                disposed = RejectPageCT(r, reject);
-            }};
+    return {.init = InitReaderCT,
+            .close = [](clsZEBReader&) { return true; }, // nothing to tell the scanner
+            .read = ReadPageCT,
+            .print = noPrint,
+            .reject =
+                [](clsZEBReader& r) {
+                    bool reject = r.Rejecter();
+                    RejectPageCT(r, reject);
+                },
+            .eject =
+                [](clsZEBReader& r, bool& disposed) {
+                    bool reject = false;
+                    disposed = RejectPageCT(r, reject);
+                }};
 }
 
 FamilyDriver ezData()
 {
     using namespace basNCSEZData;
-    return {InitReaderNCSEZ, CloseReaderNCSEZ, ReadPageNCSEZ,
-            [](clsZEBReader&, bool, bool&) { return false; },
-            [](clsZEBReader& r) { RejectPageNCSEZ(r, r.Rejecter()); },
-            [](clsZEBReader& r, bool& disposed) { disposed = RejectPageNCSEZ(r, false); }};
+    return {.init = InitReaderNCSEZ,
+            .close = CloseReaderNCSEZ,
+            .read = ReadPageNCSEZ,
+            .print = noPrint,
+            .reject = [](clsZEBReader& r) { RejectPageNCSEZ(r, r.Rejecter()); },
+            .eject = [](clsZEBReader& r, bool& disposed) { disposed = RejectPageNCSEZ(r, false); }};
 }
 
 FamilyDriver pdi()
 {
     using namespace basPeripheralDynamics;
-    return {InitReaderPD,
-            [](clsZEBReader& r) {
-                CloseReaderPD(r); // returns nothing, so the close result stays False
-                return false;
-            },
-            ReadPagePD, [](clsZEBReader&, bool, bool&) { return false; },
-            [](clsZEBReader& r) { RejectPagePD(r); }, [](clsZEBReader& r, bool&) { EjectPagePD(r); }};
+    return {.init = InitReaderPD,
+            .close =
+                [](clsZEBReader& r) {
+                    CloseReaderPD(r); // returns nothing, so the close result stays False
+                    return false;
+                },
+            .read = ReadPagePD,
+            .print = noPrint,
+            .reject = [](clsZEBReader& r) { RejectPagePD(r); },
+            .eject = [](clsZEBReader& r, bool&) { EjectPagePD(r); }};
 }
 
 FamilyDriver sekonicUsb()
 {
     using namespace basSekonicSR;
-    return {InitReaderSR, [](clsZEBReader&) { return CloseReaderSR(); },
-            [](clsZEBReader& r) { return ReadPageSR(r, r.RecognitionThreshold()); },
-            [](clsZEBReader& r, bool skip, bool&) { return !skip && PrintSR(*r.Printer()); },
-            [](clsZEBReader& r) { RejectPageSR(r); },
-            [](clsZEBReader& r, bool& disposed) {
-                // Handled only when a cancel was pending: a later RejectPage still reaches the scanner.
-                disposed = EjectPageSR(r) && r.CancelScan();
-            }};
+    return {.init = InitReaderSR,
+            .close = [](clsZEBReader&) { return CloseReaderSR(); },
+            .read = [](clsZEBReader& r) { return ReadPageSR(r, r.RecognitionThreshold()); },
+            .print = [](clsZEBReader& r, bool skip, bool&) { return !skip && PrintSR(*r.Printer()); },
+            .reject = [](clsZEBReader& r) { RejectPageSR(r); },
+            .eject =
+                [](clsZEBReader& r, bool& disposed) {
+                    // Handled only when a cancel was pending: a later RejectPage still reaches the scanner.
+                    disposed = EjectPageSR(r) && r.CancelScan();
+                }};
 }
 
+// Type 0 and values outside the table: every call fails without a word.
 FamilyDriver none()
 {
-    return {[](clsZEBReader&) { return false; }, [](clsZEBReader&) { return false; },
-            [](clsZEBReader&) { return false; }, [](clsZEBReader&, bool, bool&) { return false; },
-            [](clsZEBReader&) {}, [](clsZEBReader&, bool&) {}};
+    return {.init = [](clsZEBReader&) { return false; },
+            .close = [](clsZEBReader&) { return false; },
+            .read = [](clsZEBReader&) { return false; },
+            .print = noPrint,
+            .reject = [](clsZEBReader&) {},
+            .eject = [](clsZEBReader&, bool&) {}};
 }
 
 constexpr std::size_t familyCount = static_cast<std::size_t>(Family::SekonicUSB) + 1;
@@ -158,7 +191,7 @@ std::array<FamilyDriver, familyCount>& drivers()
     return table;
 }
 
-// Models that RejectPage and EjectPage never send a command to.
+// RejectPage and EjectPage reach a driver only for types 1 to 40, and never for the listed models.
 bool rejectEjectRouted(int32_t type)
 {
     return type >= 1 && type <= 40 && !isOneOf(type, {16, 17, 19, 20, 21, 27, 28, 35, 38, 41});

@@ -73,7 +73,7 @@ SerialBackend& SerialControl::open()
     return *backend_;
 }
 
-void SerialControl::fillBuffer()
+std::size_t SerialControl::fillBuffer()
 {
     auto& port = open();
     if (bufferHead_ > 0 && bufferHead_ == buffer_.size()) {
@@ -81,8 +81,10 @@ void SerialControl::fillBuffer()
         bufferHead_ = 0;
     }
     const auto before = buffer_.size();
-    if (port.readAvailable(buffer_) > 0 && trace_)
+    const std::size_t moved = port.readAvailable(buffer_);
+    if (moved > 0 && trace_)
         trace_(false, buffer_.substr(before));
+    return moved;
 }
 
 int16_t SerialControl::InBufferCount()
@@ -188,8 +190,10 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
         limit(yieldSlice);
 
     if (mscComm.PortOpen()) {
-        mscComm.fillBuffer();
-        mscComm.waitReadable(timeout, wakeFd_);
+        // Bytes that came in since the caller last looked end this turn at once: the poll
+        // below would not see them again.
+        if (mscComm.fillBuffer() == 0)
+            mscComm.waitReadable(timeout, wakeFd_);
     } else {
         pollfd pfd{wakeFd_, POLLIN, 0};
         const int ms = timeout.count() < 0 ? -1 : static_cast<int>(std::min<int64_t>(timeout.count(), 1 << 30));

@@ -44,8 +44,8 @@ public:
     /// Sends every character as one byte.
     void Output(const std::string& value);
 
-    /// Moves what the OS holds into the receive buffer; used by the waits.
-    void fillBuffer();
+    /// Moves what the OS holds into the receive buffer; used by the waits. Returns the bytes moved.
+    std::size_t fillBuffer();
     /// Blocks until more input may have arrived, `wakeFd` is signalled or `timeout` passes.
     void waitReadable(std::chrono::milliseconds timeout, int wakeFd);
     /// Receives every byte sent and received (for tracing); nullptr switches it off.

@@ -8,7 +8,8 @@ namespace zebreader81 {
 
 bool reportUnsupported(int32_t readerType, const char* location)
 {
-    const auto* model = modelInfo(readerType);
+    // A close before any open on this thread has no model to name.
+    const auto* model = readerType == zebReaderTypeNone ? nullptr : modelInfo(readerType);
     const std::string name = model ? model->displayName : "selected";
     basError::ReportDevice("The " + name + " scanner is not supported by this version of ZEBReader81.",
                            location, "Unsupported Scanner");

@@ -1,18 +1,350 @@
+// basScantron: reset, status, reading, eject and imprinter of the ScanMark family and the
+// 8000/8400. The form download is in basScantronForm.cpp.
 #include "drivers/scantron/basScantron.h"
 
-#include "drivers/Unsupported.h"
+#include "channel/Probes.h"
+#include "channel/frmComm.h"
+#include "drivers/scantron/ScanMarkCommands.h"
+#include "drivers/scantron/ScanMarkMarks.h"
+#include "drivers/scantron/ScanMarkPort.h"
+#include "drivers/scantron/ScanMarkStatus.h"
+#include "engine/ReaderAccess.h"
+#include "engine/basError.h"
+
+#include <chrono>
+#include <limits>
+#include <optional>
 
 namespace zebreader81::basScantron {
 
-bool DownloadFormST(clsZEBReader&) { return false; }
-bool SendCommandST(clsZEBReader&, const std::string&) { return false; }
-bool InitReaderST(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basScantron.InitReaderST"); }
-bool CloseReaderST(clsZEBReader&) { return false; }
-bool ResetReaderST(clsZEBReader&) { return false; }
-int16_t CheckStatusST(clsZEBReader&) { return -1; }
-bool ReadPageST(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basScantron.ReadPageST"); }
-bool ReadWindowsST(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basScantron.ReadWindowsST"); }
-bool RejectPageST(clsZEBReader&, bool&) { return false; }
-bool PrintST(clsZEBReader&) { return false; }
+namespace {
+
+using scanmark::FirstByte;
+using std::chrono::milliseconds;
+
+constexpr const char* resetLocation = "ZEBReader81 - basScantron.ResetReaderST";
+constexpr const char* statusLocation = "ZEBReader81 - basScantron.CheckStatusST";
+constexpr const char* pageLocation = "ZEBReader81 - basScantron.ReadPageST";
+constexpr const char* windowsLocation = "ZEBReader81 - basScantron.ReadWindowsST";
+constexpr const char* rejectLocation = "ZEBReader81 - basScantron.RejectPageST";
+
+constexpr const char* noResponse = "There was no response from the Scantron scanner. Could not initialize!";
+constexpr const char* stalled = "There was no response from the Scantron scanner. The scanner timed out "
+                                "waiting to receive the scanned data.";
+constexpr const char* readTitle = "Read Error";
+
+// How long the end of a reply may lag behind its last mark character.
+constexpr milliseconds endQuiet{100};
+
+enum class Transfer { Running, Ended, Stalled };
+
+// The next byte of a transfer, waiting paced by SleepTime; nothing once the watchdog ran out.
+std::optional<unsigned char> nextByte(clsZEBReader& reader)
+{
+    auto& fc = Reader::fComm(reader);
+    auto& com = fc.mscComm;
+    for (;;) {
+        if (com.InBufferCount() > 0) {
+            const std::string b = com.Input();
+            if (!b.empty())
+                return static_cast<unsigned char>(b[0]);
+        }
+        if (!fc.tmrScan.Enabled())
+            return std::nullopt;
+        scanmark::waitTurn(reader);
+    }
+}
+
+// One side of a page-mode reply: rows of 48 characters until the side is full or a CR.
+Transfer readPageSide(clsZEBReader& reader, SafeArray<int16_t>& side, int16_t rows)
+{
+    scanmark::PageCursor cursor(rows);
+    while (!cursor.done()) {
+        const auto b = nextByte(reader);
+        if (!b)
+            return Transfer::Stalled;
+        if (*b == scanmark::CR)
+            return Transfer::Ended;
+        scanmark::storeMark(side, cursor.row(), cursor.col(), static_cast<int16_t>(*b - ScanMarkCharBase));
+        cursor.advance();
+    }
+    return Transfer::Running;
+}
+
+// The scanner ends its reply with a CR after the last mark; take it (and anything stray
+// before it) so that it cannot open the next reply, then empty the buffer.
+void finishTransfer(clsZEBReader& reader)
+{
+    auto& fc = Reader::fComm(reader);
+    auto& com = fc.mscComm;
+    auto quietUntil = std::chrono::steady_clock::now() + endQuiet;
+    while (fc.tmrScan.Enabled() && std::chrono::steady_clock::now() < quietUntil) {
+        if (com.InBufferCount() > 0) {
+            if (com.Input() == std::string(1, scanmark::CR))
+                break;
+            quietUntil = std::chrono::steady_clock::now() + endQuiet;
+            continue;
+        }
+        fc.DoEvents(std::chrono::duration_cast<milliseconds>(quietUntil - std::chrono::steady_clock::now()) +
+                    milliseconds(1));
+    }
+    FlushInputST(reader);
+}
+
+// Waits for a sheet by the feeder setting; False when there is none or the wait failed.
+bool waitForSheet(clsZEBReader& reader)
+{
+    if (reader.Feeder()) {
+        const int16_t status = CheckStatusST(reader);
+        if (status == -1)
+            FlushInputST(reader);
+        return status != 0 && status != -1;
+    }
+    for (;;) {
+        const int16_t status = CheckStatusST(reader);
+        if (reader.CancelScan())
+            return false;
+        if (status == -1) {
+            FlushInputST(reader);
+            return false;
+        }
+        if (status != 0)
+            return true;
+        if (reader.SleepTime() > 0)
+            scanmark::waitTurn(reader);
+    }
+}
+
+// Sends the read command and waits for the first byte of the mark data; on success the
+// timer is armed again as the watchdog over the whole transfer.
+bool startTransfer(clsZEBReader& reader, bool withReject, const char* timeoutMessage, const char* location)
+{
+    auto& fc = Reader::fComm(reader);
+    fc.mscComm.Output(scanmark::readCommand(withReject));
+    switch (scanmark::waitFirstByte(reader)) {
+    case FirstByte::Arrived: break;
+    case FirstByte::TimedOut: basError::ReportDevice(timeoutMessage, location, readTitle); [[fallthrough]];
+    case FirstByte::Cancelled: FlushInputST(reader); return false;
+    }
+    fc.mscComm.InputLen(1);
+    fc.tmrScan.Enabled(true);
+    return true;
+}
+
+// The closing status query, then the sheet's arrays go to the reader.
+bool handOver(clsZEBReader& reader, const SafeArray<int16_t>& side1, const SafeArray<int16_t>& side2)
+{
+    Reader::fComm(reader).tmrScan.Enabled(false);
+    const int16_t status = CheckStatusST(reader);
+    FlushInputST(reader);
+    if (status == -1)
+        return false;
+    Reader::Side1Array(reader, side1);
+    Reader::Side2Array(reader, side2);
+    return true;
+}
+
+bool stalledTransfer(clsZEBReader& reader, const char* location)
+{
+    basError::ReportDevice(stalled, location, readTitle);
+    FlushInputST(reader);
+    return false;
+}
+
+} // namespace
+
+bool InitReaderST(clsZEBReader& reader)
+{
+    return trap("ZEBReader81 - basScantron.InitReaderST", false, [&] {
+        if (!ResetReaderST(reader))
+            return false;
+        if (DownloadFormST(reader))
+            return true;
+        ResetReaderST(reader);
+        return false;
+    });
+}
+
+bool CloseReaderST(clsZEBReader& reader)
+{
+    return trap("ZEBReader81 - basScantron.CloseReaderST", false, [&] { return ResetReaderST(reader); });
+}
+
+bool ResetReaderST(clsZEBReader& reader)
+{
+    return trap(resetLocation, false, [&] {
+        auto& com = Reader::fComm(reader).mscComm;
+        if (!com.PortOpen())
+            return true;
+        FlushInputST(reader);
+        com.Output(scanmark::resetCommand());
+        switch (scanmark::waitFirstByte(reader)) {
+        case FirstByte::Arrived: break;
+        case FirstByte::Cancelled: return false;
+        case FirstByte::TimedOut:
+            basError::ReportDevice(noResponse, resetLocation, "No Response");
+            return false;
+        }
+        const std::string reply = scanmark::takeWaiting(reader);
+        if (!reply.empty() && reply[0] == scanmark::CR)
+            return true;
+        basError::ReportDevice(
+            "An error occurred trying to reset the Scantron scanner.  Please power the scanner "
+            "off and on and retry the operation.",
+            resetLocation, "Reset Error");
+        return false;
+    });
+}
+
+int16_t CheckStatusST(clsZEBReader& reader)
+{
+    return trap(statusLocation, int16_t{-1}, [&]() -> int16_t {
+        auto& fc = Reader::fComm(reader);
+        auto& com = fc.mscComm;
+        FlushInputST(reader);
+        com.Output(scanmark::statusCommand());
+        com.InputLen(1);
+        fc.tmrScan.Enabled(true);
+        std::string reply;
+        while (reply.size() < scanmark::StatusReplyLength) {
+            if (com.InBufferCount() > 0) {
+                reply += com.Input();
+                continue;
+            }
+            scanmark::waitTurn(reader);
+            if (reader.CancelScan()) {
+                fc.tmrScan.Enabled(false);
+                return -1;
+            }
+            if (!fc.tmrScan.Enabled()) {
+                basError::ReportDevice(noResponse, statusLocation, "Initialize Error");
+                return -1;
+            }
+        }
+        fc.tmrScan.Enabled(false);
+        const auto decision = scanmark::decodeStatus(reply);
+        if (decision.reports())
+            basError::ReportDevice(decision.message, decision.location, decision.title);
+        return decision.result;
+    });
+}
+
+bool ReadPageST(clsZEBReader& reader)
+{
+    return trap(pageLocation, false, [&] {
+        FlushInputST(reader);
+        if (!waitForSheet(reader))
+            return false;
+        if (!startTransfer(
+                reader, reader.Rejecter(),
+                "There was no response from the Scantron scanner. The scanner timed out waiting for "
+                "scanned data.",
+                pageLocation))
+            return false;
+
+        const int16_t rows1 = Reader::Side1RowsMax(reader);
+        auto side1 = scanmark::sideArray(rows1, Reader::Side1ColsMax(reader));
+        SafeArray<int16_t> side2;
+        Transfer t = readPageSide(reader, side1, rows1);
+        const int16_t rows2 = Reader::Side2RowsMax(reader);
+        if (t == Transfer::Running && reader.DuplexForm() && rows2 >= 1) {
+            side2 = scanmark::sideArray(rows2, Reader::Side2ColsMax(reader));
+            t = readPageSide(reader, side2, rows2);
+        }
+        if (t == Transfer::Stalled)
+            return stalledTransfer(reader, pageLocation);
+        if (t == Transfer::Running)
+            finishTransfer(reader);
+        return handOver(reader, side1, side2);
+    });
+}
+
+bool ReadWindowsST(clsZEBReader& reader)
+{
+    return trap(windowsLocation, false, [&] {
+        FlushInputST(reader);
+        if (!waitForSheet(reader))
+            return false;
+        if (!startTransfer(
+                reader, true,
+                "There was no response from the Scantron scanner. The scanner timed out waiting for the "
+                "scanned data.",
+                windowsLocation))
+            return false;
+
+        auto side1 = scanmark::sideArray(Reader::Side1RowsMax(reader), Reader::Side1ColsMax(reader));
+        SafeArray<int16_t> side2;
+        auto newSide2 = [&] {
+            if (side2.empty())
+                side2 = scanmark::sideArray(Reader::Side2RowsMax(reader), Reader::Side2ColsMax(reader));
+        };
+        const auto plan = scanmark::fieldPlan(*reader.Windows(), reader.Duplex() && reader.DuplexForm());
+        scanmark::WindowCursor cursor(plan);
+        Transfer t = Transfer::Running;
+        while (t == Transfer::Running && !cursor.done()) {
+            const auto b = nextByte(reader);
+            if (!b)
+                return stalledTransfer(reader, windowsLocation);
+            if (*b == scanmark::CR) {
+                t = Transfer::Ended;
+                break;
+            }
+            const auto cell = cursor.cell();
+            const auto value = static_cast<int16_t>(*b - ScanMarkCharBase);
+            if (cell.side == 2) {
+                newSide2();
+                scanmark::storeMark(side2, cell.row, cell.col, value);
+            } else {
+                scanmark::storeMark(side1, cell.row, cell.col, value);
+            }
+            cursor.advance();
+        }
+        if (t == Transfer::Running) {
+            for (const auto& f : plan)
+                if (f.side == 2)
+                    newSide2();
+            finishTransfer(reader);
+        }
+        return handOver(reader, side1, side2);
+    });
+}
+
+bool RejectPageST(clsZEBReader& reader, bool& reject)
+{
+    return trap(rejectLocation, false, [&] {
+        auto& fc = Reader::fComm(reader);
+        auto& com = fc.mscComm;
+        if (reject)
+            com.Output(scanmark::rejectPrintCommand());
+        com.Output(scanmark::ejectCommand(reject));
+        switch (scanmark::waitFirstByte(reader)) {
+        case FirstByte::Arrived: break;
+        case FirstByte::Cancelled: return false;
+        case FirstByte::TimedOut:
+            basError::ReportDevice(
+                "There was no response from the Scantron scanner. Could not eject the page!", rejectLocation,
+                "Eject Page Error");
+            return false;
+        }
+        com.InputLen(1);
+        FlushInputST(reader);
+        if (reject) {
+            const int64_t pause = int64_t{reader.SleepTime()} * 15;
+            if (pause > std::numeric_limits<int32_t>::max() || pause < std::numeric_limits<int32_t>::min())
+                err::raise(err::Overflow);
+            frmComm::Sleep(pause);
+        }
+        return reject;
+    });
+}
+
+bool PrintST(clsZEBReader& reader)
+{
+    return trap("ZEBReader81 - basScantron.PrintST", false, [&] {
+        const auto printer = reader.Printer();
+        return SendCommandST(
+            reader, scanmark::printCommand(scanmark::imprintText(printer->Distance(), printer->Buffer1())));
+    });
+}
 
 } // namespace zebreader81::basScantron

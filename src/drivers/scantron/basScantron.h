@@ -8,8 +8,13 @@ namespace zebreader81 {
 class clsZEBReader;
 
 namespace basScantron {
+/// Subtracted from every mark-data character: 0 for the 8000/8400, 48 ("0") for the other
+/// models. Set by DownloadFormST; one copy per thread.
+extern thread_local int16_t ScanMarkCharBase;
+
+/// Sends the form definition (threshold, form start, fields, end of form for every sheet).
 bool DownloadFormST(clsZEBReader& reader);
-/// Sends one framed command; True when the scanner answers with CR first.
+/// Sends one framed command (ESC text CR, as given); True when the scanner answers with CR first.
 bool SendCommandST(clsZEBReader& reader, const std::string& command);
 bool InitReaderST(clsZEBReader& reader);
 bool CloseReaderST(clsZEBReader& reader);

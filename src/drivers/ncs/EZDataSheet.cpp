@@ -1,0 +1,48 @@
+#include "drivers/ncs/EZDataSheet.h"
+
+#include "drivers/ncs/EZDataProtocol.h"
+#include "engine/basError.h"
+
+#include <array>
+
+namespace zebreader81::ezdata {
+
+namespace {
+
+// Mark bits of one half row, for its highest column first (bit 32 is the data flag).
+constexpr std::array<uint8_t, 6> markBits{1, 2, 4, 8, 16, 64};
+
+bool isDataByte(uint8_t b) { return (b & 0xA0) == 0x20; }
+
+} // namespace
+
+SheetDecoder::SheetDecoder(int16_t markValue)
+    : markValue_(markValue), sheet_(SafeArray<int16_t>::matrix(1, Rows, 1, Columns))
+{
+}
+
+SheetDecoder::Step SheetDecoder::feed(char byte)
+{
+    const auto b = static_cast<uint8_t>(byte);
+    if (byte == CR) {
+        ++byteCount_;
+        return Step::End;
+    }
+    if (!isDataByte(b))
+        return Step::Invalid;
+    if (row_ > Rows)
+        err::raise(err::SubscriptOutOfRange);
+    ++byteCount_;
+
+    const int32_t highest = secondHalf_ ? 6 : 12;
+    for (std::size_t k = 0; k < markBits.size(); ++k)
+        if (b & markBits[k])
+            sheet_(row_, highest - static_cast<int32_t>(k)) = markValue_;
+
+    if (secondHalf_)
+        ++row_;
+    secondHalf_ = !secondHalf_;
+    return Step::More;
+}
+
+} // namespace zebreader81::ezdata

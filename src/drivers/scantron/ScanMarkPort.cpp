@@ -1,0 +1,44 @@
+#include "drivers/scantron/ScanMarkPort.h"
+
+#include "channel/frmComm.h"
+#include "engine/ReaderAccess.h"
+
+#include <chrono>
+
+namespace zebreader81::scanmark {
+
+void waitTurn(clsZEBReader& reader)
+{
+    const int32_t sleep = reader.SleepTime();
+    Reader::fComm(reader).DoEvents(std::chrono::milliseconds(sleep > 0 ? sleep : 50));
+}
+
+FirstByte waitFirstByte(clsZEBReader& reader)
+{
+    auto& fc = Reader::fComm(reader);
+    auto& com = fc.mscComm;
+    fc.tmrScan.Enabled(true);
+    while (com.InBufferCount() == 0) {
+        waitTurn(reader);
+        if (reader.CancelScan()) {
+            fc.tmrScan.Enabled(false);
+            return FirstByte::Cancelled;
+        }
+        if (!fc.tmrScan.Enabled())
+            return FirstByte::TimedOut;
+    }
+    fc.tmrScan.Enabled(false);
+    return FirstByte::Arrived;
+}
+
+std::string takeWaiting(clsZEBReader& reader)
+{
+    auto& com = Reader::fComm(reader).mscComm;
+    com.InputLen(1);
+    std::string reply;
+    while (com.InBufferCount() > 0)
+        reply += com.Input();
+    return reply;
+}
+
+} // namespace zebreader81::scanmark

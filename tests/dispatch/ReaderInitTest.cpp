@@ -1,0 +1,194 @@
+// ReaderInit, ReaderRead and ReaderClose around a scripted family: port check, line settings,
+// time-out, CancelScan.
+#include "channel/frmComm.h"
+#include "sim/Peer.h"
+#include "support/ScriptedFamily.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+namespace zebreader81::test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+// A scanner that is plugged in and never answers: enough for the port to open.
+class SilentScanner : public sim::Peer {
+public:
+    SilentScanner() { start(); }
+    ~SilentScanner() override { stop(); }
+
+protected:
+    void onReceive(std::string_view) override {}
+};
+
+struct Init : ::testing::Test {
+    HostScope errors;
+    ScriptedFamily family{Family::OpScan};
+    SilentScanner scanner;
+    clsZEBReader reader;
+
+    Init()
+    {
+        sim::mapPort(16, scanner.path());
+        reader.ReaderType(zebReaderTypeNCSOpScan2);
+        reader.Port(16);
+        reader.BaudRate(zebReaderBaudRate9600);
+        reader.Parity("N");
+        reader.DataBits(zebReaderDataBits8);
+        reader.StopBits(1.0f);
+        reader.FlowControl(zebReaderFlowControlNone);
+        reader.TimeOut(1);
+    }
+    SerialControl& com() { return Reader::fComm(reader).mscComm; }
+};
+
+TEST_F(Init, PortOutsideOneToSixteenIsReportedAndLeavesCancelScanAlone)
+{
+    for (int16_t port : {0, 17, -1}) {
+        SCOPED_TRACE(port);
+        errors.host->reports.clear();
+        reader.Port(port);
+        EXPECT_FALSE(basRead::ReaderInit(reader));
+        const auto& r = errors.host->only();
+        EXPECT_EQ(r.number, 8002);
+        EXPECT_EQ(r.kind, 2);
+        EXPECT_EQ(r.title, "Invalid Port Number");
+        EXPECT_EQ(r.location, "basRead.ReaderInit");
+        EXPECT_EQ(r.description, "An error has occurred attempting to initialize the selected COM port: " +
+                                     std::to_string(port) +
+                                     ". Please verify the COM port number and settings and then retry the "
+                                     "operation.");
+        EXPECT_FALSE(reader.CancelScan());
+        EXPECT_FALSE(com().PortOpen());
+    }
+    EXPECT_TRUE(family.calls.empty());
+}
+
+TEST_F(Init, Port16OpensWithTheReadersLineSettingsThenTheFamilyInits)
+{
+    reader.FlowControl(zebReaderFlowControlHardware);
+    ASSERT_TRUE(basRead::ReaderInit(reader));
+    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_TRUE(com().PortOpen());
+    EXPECT_EQ(com().CommPort(), 16);
+    EXPECT_EQ(com().Settings(), "9600,N,8,1");
+    EXPECT_EQ(com().Handshaking(), 2);
+    EXPECT_FALSE(reader.CancelScan());
+
+    EXPECT_TRUE(basRead::ReaderClose(reader));
+    EXPECT_FALSE(com().PortOpen());
+    EXPECT_EQ(family.calls, (Strings{"init", "close"}));
+}
+
+TEST_F(Init, SettingsTextWritesStopBitsAsASingle)
+{
+    reader.BaudRate(zebReaderBaudRate19200);
+    for (auto [stop, text] : {std::pair{1.5f, "19200,N,8,1.5"}, std::pair{2.0f, "19200,N,8,2"}}) {
+        reader.StopBits(stop);
+        ASSERT_TRUE(basRead::ReaderInit(reader));
+        EXPECT_EQ(com().Settings(), text);
+        basRead::ReaderClose(reader);
+    }
+    // Parity goes in as stored. (A pseudo-terminal refuses 7 data bits and parity, so this one
+    // is not applied to an open port.)
+    reader.Parity("E");
+    reader.DataBits(zebReaderDataBits7);
+    reader.BaudRate(zebReaderBaudRate38400);
+    EXPECT_EQ(basRead::SettingsText(reader), "38400,E,7,2");
+}
+
+TEST_F(Init, UsbModelSkipsThePortEntirely)
+{
+    ScriptedFamily usb{Family::SekonicUSB};
+    reader.ReaderType(zebReaderTypeSekonicSR2300);
+    reader.Port(0);
+    EXPECT_TRUE(basRead::ReaderInit(reader));
+    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_FALSE(com().PortOpen());
+    EXPECT_EQ(usb.calls, (Strings{"init"}));
+}
+
+TEST_F(Init, TimeOutOutsideOneTo600BecomesTenSeconds)
+{
+    ScriptedFamily usb{Family::SekonicUSB};
+    reader.ReaderType(zebReaderTypeSekonicSR1800);
+    for (auto [given, kept] :
+         {std::pair{0, 10}, std::pair{601, 10}, std::pair{-5, 10}, std::pair{600, 600}, std::pair{1, 1}}) {
+        SCOPED_TRACE(given);
+        reader.TimeOut(given);
+        ASSERT_TRUE(basRead::ReaderInit(reader));
+        EXPECT_EQ(reader.TimeOut(), kept);
+        EXPECT_EQ(Reader::fComm(reader).tmrScan.Interval(), kept * 1000);
+    }
+}
+
+TEST_F(Init, FailuresSetCancelScan)
+{
+    family.initResult = false;
+    EXPECT_FALSE(basRead::ReaderInit(reader));
+    EXPECT_TRUE(reader.CancelScan());
+    basRead::ReaderClose(reader);
+
+    reader.CancelScan(false);
+    EXPECT_FALSE(basRead::ReaderRead(reader)) << "no scripted reads: the read fails";
+    EXPECT_TRUE(reader.CancelScan());
+}
+
+TEST_F(Init, ModelWithoutProfileFailsSilentlyBeforeThePortCheck)
+{
+    reader.Profiles()->ProfileType(zebProfileTypeAP);
+    reader.Port(0);
+    EXPECT_FALSE(basRead::ReaderInit(reader));
+    EXPECT_TRUE(reader.CancelScan());
+    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_TRUE(family.calls.empty());
+}
+
+TEST_F(Init, TypeNoneFailsInitAndReadButCloseStillClosesThePort)
+{
+    reader.ReaderType(zebReaderTypeNone);
+    EXPECT_FALSE(basRead::ReaderInit(reader));
+    EXPECT_TRUE(reader.CancelScan());
+    EXPECT_TRUE(com().PortOpen()) << "type 0 has a serial profile, so its port opens";
+
+    reader.CancelScan(false);
+    EXPECT_FALSE(basRead::ReaderRead(reader));
+    EXPECT_TRUE(reader.CancelScan());
+
+    EXPECT_FALSE(basRead::ReaderClose(reader));
+    EXPECT_FALSE(com().PortOpen());
+    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_TRUE(scanner.received().empty());
+}
+
+TEST_F(Init, PortThatCannotOpenIsATrappedErrorWithoutCancelScan)
+{
+    sim::mapPort(15, "/nonexistent/zebreader-port");
+    reader.Port(15);
+    EXPECT_FALSE(basRead::ReaderInit(reader));
+    const auto& r = errors.host->only();
+    EXPECT_EQ(r.kind, 0);
+    EXPECT_EQ(r.location, "basRead.ReaderInit");
+    EXPECT_FALSE(reader.CancelScan());
+    EXPECT_TRUE(family.calls.empty());
+}
+
+TEST_F(Init, ReadMarksBothSidesTimedBeforeTheDriverRuns)
+{
+    Reader::Side1TimingMarks(reader, 0);
+    Reader::Side2TimingMarks(reader, 0);
+    family.reads = {true};
+    int16_t seen1 = 0, seen2 = 0;
+    family.onRead = [&](clsZEBReader& r, int) {
+        seen1 = r.Side1TimingMarks();
+        seen2 = r.Side2TimingMarks();
+    };
+    EXPECT_TRUE(basRead::ReaderRead(reader));
+    EXPECT_EQ(seen1, -1);
+    EXPECT_EQ(seen2, -1);
+    EXPECT_FALSE(reader.CancelScan());
+}
+
+} // namespace
+} // namespace zebreader81::test

@@ -1,0 +1,203 @@
+// Routing by model: which procedure each family's rules reach, reject and eject per model,
+// the families without a protocol, and the display names.
+#include "channel/frmComm.h"
+#include "sim/Peer.h"
+#include "support/ScriptedFamily.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace zebreader81::test {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+class SilentScanner : public sim::Peer {
+public:
+    SilentScanner() { start(); }
+    ~SilentScanner() override { stop(); }
+
+protected:
+    void onReceive(std::string_view) override {}
+};
+
+bool reportedAt(const RecordingHost& host, const std::string& location)
+{
+    return std::any_of(host.reports.begin(), host.reports.end(),
+                       [&](const Report& r) { return r.location == location; });
+}
+
+struct Dispatch : ::testing::Test {
+    HostScope errors;
+    clsZEBReader reader;
+    Dispatch() { reader.TimeOut(1); }
+};
+
+TEST_F(Dispatch, ScanMarkReadFollowsRecognitionMode)
+{
+    reader.ReaderType(zebReaderTypeScantronScanMark2000);
+    reader.RecognitionMode(zebRecognitionTypePage);
+    EXPECT_FALSE(basRead::ReaderRead(reader));
+    EXPECT_TRUE(reportedAt(*errors.host, "basScantron.ReadPageST"));
+    EXPECT_FALSE(reportedAt(*errors.host, "basScantron.ReadWindowsST"));
+
+    errors.host->reports.clear();
+    reader.RecognitionMode(zebRecognitionTypeWindow);
+    EXPECT_FALSE(basRead::ReaderRead(reader));
+    EXPECT_TRUE(reportedAt(*errors.host, "basScantron.ReadWindowsST"));
+    EXPECT_FALSE(reportedAt(*errors.host, "basScantron.ReadPageST"));
+}
+
+TEST_F(Dispatch, CloseResultOfChatsworthIsTrueAndOfPdiFalse)
+{
+    SilentScanner scanner;
+    sim::mapPort(16, scanner.path());
+    auto& com = Reader::fComm(reader).mscComm;
+
+    reader.ReaderType(zebReaderTypeChatsworthOMR1100);
+    com.CommPort(16);
+    com.PortOpen(true);
+    EXPECT_TRUE(basRead::ReaderClose(reader));
+    EXPECT_FALSE(com.PortOpen());
+    EXPECT_TRUE(errors.host->reports.empty()) << "nothing of the Chatsworth driver runs";
+    EXPECT_TRUE(scanner.received().empty());
+
+    reader.ReaderType(zebReaderTypePDIVMR138);
+    com.PortOpen(true);
+    EXPECT_FALSE(basRead::ReaderClose(reader));
+    EXPECT_FALSE(com.PortOpen());
+}
+
+TEST_F(Dispatch, SekonicSerialPrintsWhateverSkipAndMarksTheSheetBySkip)
+{
+    reader.ReaderType(zebReaderTypeScanningSystemsSR601);
+    bool disposed = false;
+    EXPECT_FALSE(basRead::ReaderPrint(reader, true, disposed));
+    EXPECT_TRUE(reportedAt(*errors.host, "basScanningSystems.PrintSS"));
+    EXPECT_TRUE(disposed);
+
+    disposed = true;
+    basRead::ReaderPrint(reader, false, disposed);
+    EXPECT_FALSE(disposed);
+
+    // The SR-410 has no imprinter: nothing is called and the flag stays.
+    errors.host->reports.clear();
+    reader.ReaderType(zebReaderTypeScanningSystemsSR410);
+    EXPECT_FALSE(basRead::ReaderPrint(reader, false, disposed));
+    EXPECT_FALSE(disposed);
+    EXPECT_TRUE(errors.host->reports.empty());
+}
+
+TEST_F(Dispatch, PrintOnlyForTypesTwoTo36WithAnImprinterAndNotSkipped)
+{
+    ScriptedFamily scanMark{Family::ScanMark};
+    reader.ReaderType(zebReaderTypeScantronScanMark2000);
+    bool disposed = false;
+    EXPECT_TRUE(basRead::ReaderPrint(reader, false, disposed));
+    EXPECT_EQ(scanMark.calls, (Strings{"print"}));
+
+    // Sekonic USB: the imprinter is reached through the reader's printer object.
+    reader.ReaderType(zebReaderTypeSekonicSR6500);
+    EXPECT_FALSE(basRead::ReaderPrint(reader, false, disposed));
+    EXPECT_TRUE(reportedAt(*errors.host, "basSekonicSR.PrintSR"));
+    errors.host->reports.clear();
+    EXPECT_FALSE(basRead::ReaderPrint(reader, true, disposed));
+    EXPECT_TRUE(errors.host->reports.empty()) << "skip: nothing sent";
+
+    for (auto type : {zebReaderTypeAppersonAdvantageLink, zebReaderTypeChatsworthACF100,
+                      zebReaderTypeAppersonGradeMaster, zebReaderTypeNCSEZData, zebReaderTypePDIVMR138,
+                      zebReaderTypeChatsworthALSAccelScanOMR, static_cast<zebReaderType>(42)}) {
+        reader.ReaderType(type);
+        EXPECT_FALSE(basRead::ReaderPrint(reader, false, disposed)) << type;
+    }
+    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_FALSE(disposed);
+}
+
+// One sheet read through the scripted family, then RejectPage; a second, then EjectPage.
+Strings rejectThenEject(clsZEBReader& reader, zebReaderType type, bool& handledAfterReject)
+{
+    ScriptedFamily family{familyOf(type)};
+    family.reads = {true, true};
+    reader.ReaderType(type);
+    reader.Rejecter(true);
+    reader.ReadPage();
+    reader.RejectPage();
+    handledAfterReject = Reader::SheetHandled(reader);
+    reader.ReadPage();
+    reader.EjectPage();
+    return family.calls;
+}
+
+TEST_F(Dispatch, RejectAndEjectReachOnlyTheRoutedModels)
+{
+    for (int32_t t : {16, 17, 19, 20, 21, 27, 28, 35, 38, 41}) {
+        SCOPED_TRACE(t);
+        bool handled = false;
+        EXPECT_EQ(rejectThenEject(reader, static_cast<zebReaderType>(t), handled), (Strings{"read", "read"}));
+        EXPECT_TRUE(handled) << "RejectPage marks the sheet even when nothing is sent";
+        EXPECT_TRUE(Reader::SheetHandled(reader));
+    }
+    for (int32_t t : {1, 2, 7, 11, 15, 22, 23, 24, 29, 30, 37, 40}) {
+        SCOPED_TRACE(t);
+        bool handled = false;
+        EXPECT_EQ(rejectThenEject(reader, static_cast<zebReaderType>(t), handled),
+                  (Strings{"read", "reject", "read", "eject"}));
+        EXPECT_TRUE(handled);
+    }
+}
+
+TEST_F(Dispatch, FamiliesWithoutAProtocolSayTheyAreNotSupported)
+{
+    const std::pair<zebReaderType, const char*> cases[] = {
+        {zebReaderTypeAppersonBenchMark3000, "basApperson.InitReaderAP"},
+        {zebReaderTypeScanningSystemsSR700352, "basScanningSystems.InitReaderSS"},
+        {zebReaderTypeChatsworthACP200, "basChatsworth.InitReaderCT"},
+        {zebReaderTypeSekonicSR3500, "basSekonicSR.InitReaderSR"},
+    };
+    SilentScanner scanner;
+    sim::mapPort(16, scanner.path());
+    reader.Port(16);
+    reader.DataBits(zebReaderDataBits8);
+    for (auto [type, location] : cases) {
+        SCOPED_TRACE(location);
+        errors.host->reports.clear();
+        reader.CancelScan(false);
+        reader.ReaderType(type);
+        EXPECT_FALSE(basRead::ReaderInit(reader));
+        const auto& r = errors.host->only();
+        EXPECT_EQ(r.description, "The " + basRead::ReaderTypeName(type) +
+                                     " scanner is not supported by this version of ZEBReader81.");
+        EXPECT_EQ(r.title, "Unsupported Scanner");
+        EXPECT_EQ(r.kind, 2);
+        EXPECT_EQ(r.location, location);
+        EXPECT_TRUE(reader.CancelScan());
+        basRead::ReaderClose(reader);
+    }
+    EXPECT_TRUE(scanner.received().empty());
+
+    // The argument-less close names the model that was opened.
+    errors.host->reports.clear();
+    reader.ReaderType(zebReaderTypeScanningSystemsSR607);
+    basRead::ReaderInit(reader);
+    basRead::ReaderClose(reader);
+    ASSERT_EQ(errors.host->reports.size(), 2u);
+    EXPECT_EQ(errors.host->reports[1].location, "basScanningSystems.CloseReaderSS");
+    EXPECT_EQ(errors.host->reports[1].description,
+              "The Sekonic SR-607 scanner is not supported by this version of ZEBReader81.");
+}
+
+TEST(ReaderTypeName, DisplayNamesAsTheyStandAndEmptyOutsideTheTable)
+{
+    EXPECT_EQ(basRead::ReaderTypeName(0), "None");
+    EXPECT_EQ(basRead::ReaderTypeName(6), "Scantron OpScan 7");
+    EXPECT_EQ(basRead::ReaderTypeName(37), "Chatsworth Data ACP-100");
+    EXPECT_EQ(basRead::ReaderTypeName(41), "Chatsworth Data ACP-200");
+    EXPECT_EQ(basRead::ReaderTypeName(42), "");
+    EXPECT_EQ(basRead::ReaderTypeName(-1), "");
+}
+
+} // namespace
+} // namespace zebreader81::test

@@ -1,0 +1,195 @@
+// The file backend: where roots live, damaged and unwritable files, and several processes.
+#include "StoreFixture.h"
+#include "registry/PortMap.h"
+#include "registry/RegFormat.h"
+#include "registry/SettingsValues.h"
+#include "support/TestHost.h"
+
+#include <csignal>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zebreader81::test {
+namespace {
+
+using registry::Root;
+using FileStore = StoreFixture;
+constexpr auto HKCU = zebReaderRegistryKeyCurrentUser;
+
+int waitExit(pid_t pid)
+{
+    int status = 0;
+    waitpid(pid, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+TEST(StorePaths, FollowTheEnvironment)
+{
+    const char* saved[] = {std::getenv("ZEBREADER_REGISTRY"), std::getenv("XDG_CONFIG_HOME"),
+                           std::getenv("HOME")};
+    const std::string keep[] = {saved[0] ? saved[0] : "", saved[1] ? saved[1] : "", saved[2] ? saved[2] : ""};
+    unsetenv("ZEBREADER_REGISTRY");
+    setenv("HOME", "/home/site", 1);
+    setenv("XDG_CONFIG_HOME", "/cfg", 1);
+    EXPECT_EQ(registry::storeFile(Root::CurrentUser), "/cfg/zebreader81/HKEY_CURRENT_USER.reg");
+    unsetenv("XDG_CONFIG_HOME");
+    EXPECT_EQ(registry::storeDirectory(Root::CurrentUser), "/home/site/.config/zebreader81");
+    EXPECT_EQ(registry::storeFile(Root::LocalMachine), "/etc/zebreader81/HKEY_LOCAL_MACHINE.reg");
+    EXPECT_EQ(registry::storeDirectory(Root::Users), "/etc/zebreader81");
+    setenv("ZEBREADER_REGISTRY", "/tmp/one", 1);
+    for (Root r : registry::allRoots)
+        EXPECT_EQ(registry::storeDirectory(r), "/tmp/one");
+    const char* names[] = {"ZEBREADER_REGISTRY", "XDG_CONFIG_HOME", "HOME"};
+    for (int i = 0; i < 3; ++i) {
+        if (saved[i])
+            setenv(names[i], keep[i].c_str(), 1);
+        else
+            unsetenv(names[i]);
+    }
+}
+
+TEST_F(FileStore, DamagedFileIsReportedOnceAndLeftUntouched)
+{
+    const std::string path = fileOf(Root::CurrentUser);
+    const std::string damaged = "Windows Registry Editor Version 5.00\n[HKEY_CURRENT_USER\\Software\\Site]\n"
+                                "\"TimeOut\"=\"3\"\nthis is not a value line\n";
+    writeFile(path, damaged);
+    HostScope scope;
+    clsZEBReader r;
+    r.TimeOut(7);
+    EXPECT_TRUE(r.LoadSettings(HKCU, "Software\\Site")); // nothing readable: every default
+    EXPECT_EQ(r.TimeOut(), 10);
+    const Report& rep = scope.host->only();
+    EXPECT_EQ(rep.number, 321);
+    EXPECT_EQ(rep.location, "basRegistry.ReadRootFile");
+    EXPECT_NE(rep.description.find(path + ", line 4"), std::string::npos) << rep.description;
+
+    EXPECT_FALSE(registry::SaveValue(HKCU, "Software\\Site", "TimeOut", "5"));
+    EXPECT_TRUE(r.SaveSettings(HKCU, "Software\\Site"));
+    EXPECT_EQ(scope.host->reports.size(), 3u); // the lone SaveValue, then SaveSettings once
+    EXPECT_EQ(readFile(path), damaged);
+    EXPECT_FALSE(storePortPath(1, "/dev/x"));
+}
+
+TEST_F(FileStore, AFileOfAnotherRootIsDamaged)
+{
+    writeFile(fileOf(Root::CurrentUser), "Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\X]\n");
+    HostScope scope;
+    EXPECT_EQ(registry::LoadValue(HKCU, "X", "V", "d"), "d");
+    EXPECT_EQ(scope.host->only().number, 321);
+}
+
+TEST_F(FileStore, UnwritableRootMakesSaveValueFalse)
+{
+    constexpr auto HKLM = zebReaderRegistryKeyLocalMachine;
+    ASSERT_TRUE(registry::SaveValue(HKLM, "Software\\Site", "TimeOut", "3"));
+    const std::string before = readFile(fileOf(Root::LocalMachine));
+    // Permissions do not bind the superuser: the check runs as an ordinary user then.
+    const bool superuser = geteuid() == 0;
+    chmod(dir.c_str(), superuser ? 0755 : 0555);
+    const pid_t pid = fork();
+    if (pid == 0) {
+        if (superuser && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(10);
+        if (registry::SaveValue(HKLM, "Software\\Site", "TimeOut", "4"))
+            _exit(1);
+        if (registry::SaveValue(HKLM, "Software\\New", "Other", "1"))
+            _exit(2);
+        if (registry::SaveValue(HKLM, "Software\\Site", "TimeOut", "3")) // even unchanged
+            _exit(5);
+        if (registry::LoadValue(HKLM, "Software\\Site", "TimeOut", "?") != "3")
+            _exit(3);
+        clsZEBReader r;
+        _exit(r.SaveSettings(HKLM, "Software\\Site") ? 0 : 4);
+    }
+    EXPECT_EQ(waitExit(pid), 0);
+    EXPECT_EQ(readFile(fileOf(Root::LocalMachine)), before);
+}
+
+TEST_F(FileStore, TwoProcessesSavingUnderOneKeyLoseNothing)
+{
+    constexpr int saves = 200;
+    pid_t children[2];
+    for (int c = 0; c < 2; ++c) {
+        children[c] = fork();
+        if (children[c] == 0) {
+            for (int i = 0; i < saves; ++i)
+                if (!registry::SaveValue(HKCU, "Software\\Race",
+                                         "P" + std::to_string(c) + "_" + std::to_string(i),
+                                         std::to_string(i * 7 + c)))
+                    _exit(1);
+            _exit(0);
+        }
+    }
+    for (pid_t pid : children)
+        EXPECT_EQ(waitExit(pid), 0);
+    for (int c = 0; c < 2; ++c)
+        for (int i = 0; i < saves; ++i)
+            ASSERT_EQ(registry::LoadValue(HKCU, "software\\race",
+                                          "P" + std::to_string(c) + "_" + std::to_string(i), "lost"),
+                      std::to_string(i * 7 + c))
+                << c << " " << i;
+}
+
+TEST_F(FileStore, ProcessKilledWhileSavingLeavesAWholeFile)
+{
+    const std::string path = fileOf(Root::CurrentUser);
+    const std::string big(20000, 'a');
+    ASSERT_TRUE(registry::SaveValue(HKCU, "Software\\Site", "Blob", big));
+    for (int round = 0; round < 5; ++round) {
+        int ready[2];
+        ASSERT_EQ(pipe(ready), 0);
+        const pid_t pid = fork();
+        if (pid == 0) {
+            close(ready[0]);
+            for (int i = 0;; ++i) {
+                registry::SaveValue(HKCU, "Software\\Site", "Blob",
+                                    std::string(big.size(), static_cast<char>('a' + i % 26)));
+                if (i == 0)
+                    (void)!write(ready[1], "x", 1);
+            }
+        }
+        close(ready[1]);
+        char x;
+        ASSERT_EQ(read(ready[0], &x, 1), 1);
+        close(ready[0]);
+        usleep(static_cast<useconds_t>(1000 + round * 1700));
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
+
+        registry::RegDocument doc;
+        ASSERT_FALSE(registry::parseRegFile(readFile(path), doc)) << "round " << round;
+        std::unique_ptr<registry::SettingsKey> key;
+        ASSERT_EQ(
+            registry::settingsStore().open(Root::CurrentUser, "Software\\Site", registry::Access::Read, key),
+            registry::Status::Ok);
+        registry::Value v;
+        ASSERT_EQ(key->query("Blob", v), registry::Status::Ok);
+        const std::string blob(v.data.begin(), v.data.end());
+        ASSERT_EQ(blob.size(), big.size());
+        EXPECT_EQ(blob, std::string(big.size(), blob[0]));
+    }
+    // The next writer is not held up by the killed one's lock, and clears what it left.
+    EXPECT_TRUE(registry::SaveValue(HKCU, "Software\\Site", "After", "1"));
+    for (const auto& entry : std::filesystem::directory_iterator(dir))
+        EXPECT_FALSE(entry.path().filename().string().starts_with("HKEY_CURRENT_USER.reg.")) << entry.path();
+}
+
+TEST_F(FileStore, PortMapPrefersTheUsersEntryOverTheMachinesAndForgets)
+{
+    EXPECT_FALSE(storedPortPath(3).has_value());
+    ASSERT_TRUE(registry::SaveValue(zebReaderRegistryKeyLocalMachine, "Software\\ZEBReader81\\Ports", "COM3",
+                                    "/dev/ttyUSB0"));
+    EXPECT_EQ(storedPortPath(3), "/dev/ttyUSB0");
+    ASSERT_TRUE(storePortPath(3, "/dev/pts/7"));
+    EXPECT_EQ(storedPortPath(3), "/dev/pts/7");
+    EXPECT_EQ(registry::LoadValue(HKCU, "Software\\ZEBReader81\\Ports", "COM3", ""), "/dev/pts/7");
+    EXPECT_FALSE(storedPortPath(4).has_value());
+    ASSERT_TRUE(storePortPath(3, ""));
+    EXPECT_EQ(storedPortPath(3), "/dev/ttyUSB0");
+    EXPECT_TRUE(storePortPath(5, ""));
+}
+
+} // namespace
+} // namespace zebreader81::test

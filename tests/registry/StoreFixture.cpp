@@ -1,0 +1,44 @@
+#include "StoreFixture.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace zebreader81::test {
+
+void StoreFixture::SetUp()
+{
+    if (const char* v = std::getenv("ZEBREADER_REGISTRY"))
+        savedEnv_ = v;
+    std::string tmpl = (std::filesystem::temp_directory_path() / "zebreg.XXXXXX").string();
+    ASSERT_NE(mkdtemp(tmpl.data()), nullptr);
+    dir = tmpl;
+    setenv("ZEBREADER_REGISTRY", dir.c_str(), 1);
+}
+
+void StoreFixture::TearDown()
+{
+    std::error_code ec;
+    std::filesystem::permissions(dir, std::filesystem::perms::owner_all, ec);
+    std::filesystem::remove_all(dir, ec);
+    if (savedEnv_)
+        setenv("ZEBREADER_REGISTRY", savedEnv_->c_str(), 1);
+    else
+        unsetenv("ZEBREADER_REGISTRY");
+}
+
+std::string StoreFixture::readFile(const std::string& path) const
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream s;
+    s << in.rdbuf();
+    return s.str();
+}
+
+void StoreFixture::writeFile(const std::string& path, const std::string& bytes) const
+{
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << bytes;
+}
+
+} // namespace zebreader81::test

@@ -1,0 +1,172 @@
+// ScanMark wire protocol on bytes: commands, field records, the field walk, status replies and
+// where each mark character lands.
+#include "drivers/scantron/ScanMarkCommands.h"
+#include "drivers/scantron/ScanMarkMarks.h"
+#include "drivers/scantron/ScanMarkStatus.h"
+#include "engine/basError.h"
+#include "zebreader81/clsZEBReaderWindows.h"
+
+#include <gtest/gtest.h>
+
+namespace zebreader81::test {
+namespace {
+
+using namespace scanmark;
+
+std::shared_ptr<clsZEBReaderWindow> area(int16_t startRow, int16_t numRows, int16_t rowGap, int16_t startCol,
+                                         int16_t numCols, int16_t colGap, int16_t page = 1,
+                                         int16_t orientation = 1)
+{
+    auto w = std::make_shared<clsZEBReaderWindow>();
+    w->StartRow(startRow), w->NumRows(numRows), w->RowGap(rowGap);
+    w->StartCol(startCol), w->NumCols(numCols), w->ColGap(colGap);
+    w->Page(page), w->Orientation(orientation);
+    return w;
+}
+
+std::string f(const std::string& text) { return "\x1b" + text + "\r"; }
+
+TEST(ScanMarkCommands, FormCommandsAreFramedPlainDecimalTexts)
+{
+    EXPECT_EQ(thresholdCommand(-7), f("THR= -7"));
+    EXPECT_EQ(formStartCommand(40, 0, 12), f("FRM=FS 40 0 12 N N N"));
+    EXPECT_EQ(pageFieldCommand(false, 2, 40, 12), f("FRM=DK 2 1 1 40 12 L 40 12"));
+    EXPECT_EQ(pageFieldCommand(true, 1, 3, 5), f("FRM=MC Y N 1 1 1 1 3 5 L 3 5 11111"));
+    EXPECT_EQ(endOfFormCommand(), f("FRM=LS"));
+    EXPECT_EQ(readCommand(true), f("READ 5 Y E"));
+    EXPECT_EQ(readCommand(false), f("READ 5 Y"));
+    EXPECT_EQ(ejectCommand(false), f("EJCT A "));
+    EXPECT_EQ(ejectCommand(true), f("EJCT C"));
+    EXPECT_EQ(rejectPrintCommand(), f("PRN$ 1 N "));
+    EXPECT_EQ(charBase(16), 0);
+    EXPECT_EQ(charBase(17), 0);
+    EXPECT_EQ(charBase(11), 48);
+}
+
+TEST(ScanMarkCommands, WindowRecordRunsFromTheLowCornerWhateverTheGapSign)
+{
+    EXPECT_EQ(windowFieldCommand(1, *area(5, 4, 2, 3, 5, 1, 1, 1)), f("FRM=DK 1 5 3 11 7 L 4 5"));
+    // Negative row gap: the far edge comes first; orientation 0 swaps the counts.
+    EXPECT_EQ(windowFieldCommand(2, *area(20, 3, -4, 10, 2, -1, 2, 0)), f("FRM=DK 2 12 9 20 10 C 2 3"));
+    // Gap 0: first and last are both the start; any orientation but 1 is "C".
+    EXPECT_EQ(windowFieldCommand(1, *area(6, 3, 0, 2, 1, 1, 1, 2)), f("FRM=DK 1 6 2 6 2 C 1 3"));
+}
+
+TEST(ScanMarkCommands, FarEdgeOverflowIsRunTimeError6)
+{
+    try {
+        windowFieldCommand(1, *area(1, 20000, 2, 1, 1, 1));
+        FAIL() << "no overflow";
+    } catch (const RuntimeError& e) {
+        EXPECT_EQ(e.number(), err::Overflow);
+    }
+    // The product fits but adding the start does not.
+    EXPECT_THROW(windowFieldCommand(1, *area(30000, 2, 3000, 1, 1, 1)), RuntimeError);
+    // Intermediate values inside 16 bits pass even near the limit.
+    EXPECT_EQ(windowFieldCommand(1, *area(1, 1, 32766, 1, 1, 1)), f("FRM=DK 1 1 1 1 1 L 1 1"));
+}
+
+TEST(ScanMarkCommands, FieldPlanWalksSideOneUntilPageTwoAndSideTwoUntilPageThree)
+{
+    clsZEBReaderWindows windows;
+    windows.Add(area(1, 1, 1, 1, 1, 1, 0)); // page 0 counts as side 1
+    windows.Add(area(1, 1, 1, 1, 1, 1, 1));
+    windows.Add(area(1, 1, 1, 1, 1, 1, 2));
+    windows.Add(area(1, 1, 1, 1, 1, 1, 1)); // after a page 2: not side 1 any more, skipped on side 2
+    windows.Add(area(1, 1, 1, 1, 1, 1, 2));
+    windows.Add(area(1, 1, 1, 1, 1, 1, 3)); // ends the side-2 walk
+    windows.Add(area(1, 1, 1, 1, 1, 1, 2));
+
+    std::vector<std::pair<int, int>> got;
+    for (const auto& e : fieldPlan(windows, true))
+        got.emplace_back(e.side, e.field);
+    EXPECT_EQ(got, (std::vector<std::pair<int, int>>{{1, 1}, {1, 2}, {2, 3}, {2, 5}}));
+    EXPECT_EQ(fieldPlan(windows, false).size(), 2u);
+}
+
+TEST(ScanMarkCommands, ImprintTextIsIndentedThenCutTo125)
+{
+    EXPECT_EQ(imprintText(3, "AB"), "   AB");
+    EXPECT_EQ(imprintText(-2, "AB"), "AB");
+    const std::string text = imprintText(1, std::string(125, 'x'));
+    EXPECT_EQ(text.size(), 125u);
+    EXPECT_EQ(text.front(), ' ');
+    EXPECT_EQ(printCommand("HI"), f("PRN$ 1 Y HI"));
+}
+
+std::string status(char state, char third, char code)
+{
+    return std::string("S") + state + third + "00000" + code + "000";
+}
+
+TEST(ScanMarkStatusDecode, ReadyBitAndConditionsInOrder)
+{
+    EXPECT_EQ(decodeStatus(status('0', '0', 0x21)).result, 1);
+    EXPECT_EQ(decodeStatus(status('0', '0', 0x20)).result, 0);
+    EXPECT_FALSE(decodeStatus(status('0', '0', 0x21)).reports());
+
+    const auto jam = decodeStatus(status('0', '0', 0x51));
+    EXPECT_EQ(jam.result, -1);
+    EXPECT_EQ(jam.title, "Paper Jam") << "jam is tested before double feed";
+    EXPECT_EQ(jam.message, "The Scantron scanner reports a paper jam. Please clear the jam and try again.");
+    const auto doubleFeed = decodeStatus(status('0', '0', 0x11));
+    EXPECT_EQ(doubleFeed.title, "Double Feed");
+    EXPECT_EQ(doubleFeed.message, "The Scantron scanner reports a double feed. Please rescan the page.");
+    EXPECT_EQ(doubleFeed.location, "ZEBReader81 - basScantron.CheckStatusST");
+}
+
+TEST(ScanMarkStatusDecode, TimingLineCommandErrorAndUnknownStates)
+{
+    const auto timing = decodeStatus(status('1', ' ', '0'));
+    EXPECT_EQ(timing.result, -1);
+    EXPECT_EQ(timing.title, "Initialize Error");
+    EXPECT_EQ(timing.location, "ZEBReader81 - basScantron.heckStatusST");
+    EXPECT_EQ(timing.message.rfind("The Scantron scanner reported a timing line error. Make sure", 0), 0u);
+
+    const auto other = decodeStatus(status('1', 'x', '0'));
+    EXPECT_EQ(other.result, -1);
+    EXPECT_FALSE(other.reports());
+
+    const auto command = decodeStatus(status('2', '9', '7'));
+    EXPECT_EQ(command.message, "Your Scantron scanner reported a command error. Error #50");
+    EXPECT_EQ(command.title, "Command Error");
+
+    EXPECT_FALSE(decodeStatus(status('7', '0', '1')).reports());
+    EXPECT_EQ(decodeStatus(status('7', '0', '1')).result, -1);
+    EXPECT_EQ(decodeStatus("S0000000!00").result, -1) << "11 characters are never decoded";
+}
+
+TEST(ScanMarkMarks, PageRowsWrapAt48AndCellsBeyondTheArrayAreDropped)
+{
+    auto side = sideArray(2, 3);
+    PageCursor cursor(2);
+    int n = 0;
+    while (!cursor.done()) {
+        storeMark(side, cursor.row(), cursor.col(), static_cast<int16_t>(++n));
+        cursor.advance();
+    }
+    EXPECT_EQ(n, 96);
+    EXPECT_EQ(side(1, 3), 3);
+    EXPECT_EQ(side(2, 1), 49);
+    EXPECT_EQ(side(2, 3), 51);
+    EXPECT_EQ(sideArray(0, 5).size(), 0u);
+}
+
+TEST(ScanMarkMarks, WindowCursorFollowsOrientationFromTheLowCorner)
+{
+    std::vector<FieldEntry> plan{{1, 1, area(10, 2, -3, 4, 2, 2, 1, 1)},
+                                 {1, 2, area(1, 0, 1, 1, 5, 1, 1, 1)}, // no cells
+                                 {2, 3, area(3, 2, 1, 5, 2, 1, 2, 0)}};
+    WindowCursor cursor(plan);
+    std::vector<std::tuple<int, int, int>> cells;
+    for (; !cursor.done(); cursor.advance()) {
+        const auto c = cursor.cell();
+        cells.emplace_back(c.side, c.row, c.col);
+    }
+    EXPECT_EQ(cells,
+              (std::vector<std::tuple<int, int, int>>{
+                  {1, 7, 4}, {1, 7, 6}, {1, 10, 4}, {1, 10, 6}, {2, 3, 5}, {2, 4, 5}, {2, 3, 6}, {2, 4, 6}}));
+}
+
+} // namespace
+} // namespace zebreader81::test
