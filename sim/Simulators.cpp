@@ -1,36 +1,14 @@
 #include "sim/Simulators.h"
 
 #include "sim/SheetFile.h"
+#include "sim/ezdata/EZDataSimulator.h"
+#include "sim/ncs/OpScanSimulator.h"
+#include "sim/pdi/PdiSimulator.h"
 #include "sim/samples/Samples.h"
+#include "sim/scantron/ScanMarkSimulator.h"
 
 #include <algorithm>
 #include <charconv>
-
-// A family's case is compiled in once its simulator is part of the tree.
-#if __has_include("sim/ncs/OpScanSimulator.h")
-#include "sim/ncs/OpScanSimulator.h"
-#define ZEBREADER_SIM_OPSCAN 1
-#else
-#define ZEBREADER_SIM_OPSCAN 0
-#endif
-#if __has_include("sim/scantron/ScanMarkSimulator.h")
-#include "sim/scantron/ScanMarkSimulator.h"
-#define ZEBREADER_SIM_SCANMARK 1
-#else
-#define ZEBREADER_SIM_SCANMARK 0
-#endif
-#if __has_include("sim/pdi/PdiSimulator.h")
-#include "sim/pdi/PdiSimulator.h"
-#define ZEBREADER_SIM_PDI 1
-#else
-#define ZEBREADER_SIM_PDI 0
-#endif
-#if __has_include("sim/ezdata/EZDataSimulator.h")
-#include "sim/ezdata/EZDataSimulator.h"
-#define ZEBREADER_SIM_EZDATA 1
-#else
-#define ZEBREADER_SIM_EZDATA 0
-#endif
 
 namespace zebreader81::sim {
 
@@ -70,23 +48,16 @@ Kind kindOf(int32_t t)
 struct FamilyEntry {
     Kind kind;
     SimulatedFamily family;
-    bool built;
 };
 
 // clang-format off
 const FamilyEntry families[] = {
-    {Kind::OpScan,   {"opscan",   2,  "OpScan / iNSIGHT (types 2-6, 25, 26, 31, 32)"}, ZEBREADER_SIM_OPSCAN != 0},
-    {Kind::ScanMark, {"scanmark", 14, "ScanMark / 8000 (types 11-17, 27-29)"},         ZEBREADER_SIM_SCANMARK != 0},
-    {Kind::PDI,      {"pdi",      24, "PDI VMR138 (type 24)"},                         ZEBREADER_SIM_PDI != 0},
-    {Kind::EZData,   {"ezdata",   23, "EZData (types 23, 37)"},                        ZEBREADER_SIM_EZDATA != 0},
+    {Kind::OpScan,   {"opscan",   2,  "OpScan / iNSIGHT (types 2-6, 25, 26, 31, 32)"}},
+    {Kind::ScanMark, {"scanmark", 14, "ScanMark / 8000 (types 11-17, 27-29)"}},
+    {Kind::PDI,      {"pdi",      24, "PDI VMR138 (type 24)"}},
+    {Kind::EZData,   {"ezdata",   23, "EZData (types 23, 37)"}},
 };
 // clang-format on
-
-bool built(Kind kind)
-{
-    return std::any_of(std::begin(families), std::end(families),
-                       [&](const FamilyEntry& e) { return e.kind == kind && e.built; });
-}
 
 } // namespace
 
@@ -94,8 +65,7 @@ std::vector<SimulatedFamily> simulatedFamilies()
 {
     std::vector<SimulatedFamily> out;
     for (const auto& e : families)
-        if (e.built)
-            out.push_back(e.family);
+        out.push_back(e.family);
     return out;
 }
 
@@ -105,7 +75,7 @@ int32_t simulatedReaderType(const std::string& familyOrModel)
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     for (const auto& e : families)
-        if (e.built && lower == e.family.name)
+        if (lower == e.family.name)
             return e.family.defaultReaderType;
     int32_t type = 0;
     const auto [end, ec] = std::from_chars(lower.data(), lower.data() + lower.size(), type);
@@ -114,30 +84,16 @@ int32_t simulatedReaderType(const std::string& familyOrModel)
     return 0;
 }
 
-bool hasSimulator(int32_t readerType)
-{
-    const Kind kind = kindOf(readerType);
-    return kind != Kind::None && built(kind);
-}
+bool hasSimulator(int32_t readerType) { return kindOf(readerType) != Kind::None; }
 
 std::unique_ptr<Peer> makeSimulator(int32_t readerType, std::vector<Sheet> sheets)
 {
     switch (kindOf(readerType)) {
-#if ZEBREADER_SIM_OPSCAN
     case Kind::OpScan: return std::make_unique<OpScanSimulator>(std::move(sheets));
-#endif
-#if ZEBREADER_SIM_SCANMARK
     case Kind::ScanMark: return std::make_unique<ScanMarkSimulator>(readerType, std::move(sheets));
-#endif
-#if ZEBREADER_SIM_PDI
     case Kind::PDI: return std::make_unique<PdiSimulator>(std::move(sheets));
-#endif
-#if ZEBREADER_SIM_EZDATA
     case Kind::EZData: return std::make_unique<EZDataSimulator>(std::move(sheets));
-#endif
-    default:
-        (void)sheets; // no simulator for this family in this build
-        return nullptr;
+    default: return nullptr;
     }
 }
 

@@ -18,18 +18,18 @@ struct SimulatedFamily {
     const char* description;
 };
 
-/// The families whose simulator is part of this build.
+/// The families with a simulator.
 std::vector<SimulatedFamily> simulatedFamilies();
 
 /// Reader type for a family name or a model number (e.g. "opscan" or "14"); 0 when the
-/// name is unknown or its family is not simulated in this build.
+/// name is unknown or its family has no simulator.
 int32_t simulatedReaderType(const std::string& familyOrModel);
 
-/// True when this build has a simulator for the family of `readerType`.
+/// True when the family of `readerType` has a simulator.
 bool hasSimulator(int32_t readerType);
 
 /// Starts the simulator of `readerType`'s family on a new pseudo-terminal, holding `sheets`;
-/// nullptr when the family has no simulator in this build.
+/// nullptr when the family has none (no wire protocol).
 std::unique_ptr<Peer> makeSimulator(int32_t readerType, std::vector<Sheet> sheets);
 
 /// The line rate of a model's factory settings, for paced simulators.

@@ -99,9 +99,9 @@ ToolResult ToolRun::run() const
                 continue;
             }
             (i == 0 ? result.out : result.err).append(buf, static_cast<std::size_t>(n));
-            if (i == 0 && onOutput)
-                onOutput(result.out, pid);
         }
+        if (whileRunning && !killed)
+            whileRunning(result.out, pid);
     }
     int wstatus = 0;
     waitpid(pid, &wstatus, 0);

@@ -22,8 +22,9 @@ struct ToolRun {
     std::vector<std::string> args;
     /// Added to the environment; ZEBREADER_COM* of the test process are never passed on.
     std::map<std::string, std::string> env;
-    /// Called with everything written to stdout so far, each time more arrives.
-    std::function<void(const std::string& out, pid_t pid)> onOutput;
+    /// Called while the tool runs, with everything written to stdout so far: each time more
+    /// arrives, and at least every 200 ms.
+    std::function<void(const std::string& out, pid_t pid)> whileRunning;
 
     /// Runs to the end (killed after 60 s, which fails the caller's expectations).
     ToolResult run() const;

@@ -177,10 +177,12 @@ TEST_F(ZebreaderScan, GridShadesMarksByStrength)
 
 TEST_F(ZebreaderScan, CtrlCEndsAWaitForAHandFedSheetCleanly)
 {
-    auto t = tool(scan(twoSheets, {"--no-feeder", "--sheets", "5"}));
+    // Two sheets, five asked for, fed by hand: the third read waits until Ctrl-C.
+    const auto trace = dir.file("trace.txt");
+    auto t = tool(scan(twoSheets, {"--no-feeder", "--sheets", "5", "--trace", trace}));
     bool sent = false;
-    t.onOutput = [&sent](const std::string& out, pid_t pid) {
-        if (!sent && out.find("\"sheet\":2") != std::string::npos) {
+    t.whileRunning = [&](const std::string&, pid_t pid) {
+        if (!sent && count(readFile(trace), " > 11 ") == 3) { // the third sheet's start (DC1)
             kill(pid, SIGINT);
             sent = true;
         }
@@ -189,6 +191,8 @@ TEST_F(ZebreaderScan, CtrlCEndsAWaitForAHandFedSheetCleanly)
     EXPECT_TRUE(sent);
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(r.outLines().back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
+    // The port was closed the orderly way: the feeder stopped (SO) at the end.
+    EXPECT_NE(readFile(trace).find(" > 0E "), std::string::npos);
 }
 
 } // namespace

@@ -72,7 +72,7 @@ TEST_F(ZebreaderTool, ImportedRegFileSettingsAreLoadedAndExportedBack)
     EXPECT_EQ(r.errLines().front(), invalidPort0);
 
     const auto exported = dir.file("out.reg");
-    r = run({"settings", "export", "--settings", "Software\\Imported", exported});
+    r = run({"settings", "export", "--settings", "Software\\Imported", "--utf8", exported});
     ASSERT_EQ(r.status, 0) << r.err;
     const auto text = readFile(exported);
     EXPECT_EQ(text.rfind("Windows Registry Editor Version 5.00", 0), 0u) << text;

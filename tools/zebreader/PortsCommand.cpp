@@ -2,7 +2,6 @@
 // stores a mapping.
 #include "CommandLine.h"
 
-#include "channel/SerialBackend.h"
 #include "registry/PortMap.h"
 
 #include <nlohmann/json.hpp>
@@ -37,13 +36,14 @@ std::map<std::string, std::string> serialDevices()
     return devices;
 }
 
-std::string source(int port)
+// Where COM `port` leads, and why: the environment, the stored map, or the default device.
+std::pair<std::string, std::string> resolve(int port)
 {
-    if (std::getenv(("ZEBREADER_COM" + std::to_string(port)).c_str()))
-        return "environment";
-    if (zebreader81::storedPortPath(port))
-        return "stored";
-    return "default";
+    if (const char* env = std::getenv(("ZEBREADER_COM" + std::to_string(port)).c_str()); env && *env)
+        return {env, "environment"};
+    if (auto stored = zebreader81::storedPortPath(port))
+        return {*stored, "stored"};
+    return {"/dev/ttyS" + std::to_string(port - 1), "default"};
 }
 
 int runList(bool asJson)
@@ -60,8 +60,7 @@ int runList(bool asJson)
     if (!asJson)
         std::cout << "COM ports:\n";
     for (int port = 1; port <= 16; ++port) {
-        const std::string path = zebreader81::resolvePortPath(port);
-        const std::string from = source(port);
+        const auto [path, from] = resolve(port);
         std::error_code ec;
         const bool present = fs::exists(path, ec);
         j["ports"].push_back({{"port", port}, {"path", path}, {"from", from}, {"present", present}});

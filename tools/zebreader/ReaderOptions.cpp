@@ -137,7 +137,7 @@ bool ReaderOptions::apply(clsZEBReader& reader) const
     if (port)
         reader.Port(static_cast<int16_t>(*port));
     if (!device.empty())
-        mapPortForRun(portOrDefault(), device);
+        mapPortForRun(reader.Port(), device);
     if (baud)
         reader.BaudRate(static_cast<zebReaderBaudRate>(*baud));
     if (parity) {

@@ -29,11 +29,10 @@ struct ReaderOptions {
 
     /// Adds the flags to a subcommand.
     void addTo(CLI::App& command, bool withSettingsKey);
-    /// LoadSettings or LoadDefaults, then every flag given, then the --device mapping.
+    /// LoadSettings or LoadDefaults, then every flag given; --device is mapped to the
+    /// reader's port.
     /// Returns False when loading failed (already reported); throws UsageError on bad values.
     bool apply(zebreader81::clsZEBReader& reader) const;
-    /// The port the reader will use (--port, else 1).
-    int portOrDefault() const { return port.value_or(1); }
 };
 
 } // namespace zebreader::cli

@@ -181,8 +181,7 @@ int runScan(const ScanOptions& o)
 
     std::unique_ptr<Simulation> simulation;
     if (o.simulate) {
-        simulation =
-            std::make_unique<Simulation>(reader.ReaderType(), o.sheetsFile, o.reader.portOrDefault());
+        simulation = std::make_unique<Simulation>(reader.ReaderType(), o.sheetsFile, reader.Port());
         fitReaderToSheets(reader, o.reader, simulation->sheets());
     }
 

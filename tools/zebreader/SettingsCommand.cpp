@@ -23,6 +23,7 @@ struct SettingsOptions {
     std::string root = "hkcu";
     bool json = false;
     std::string file;
+    bool utf8 = false;
     ReaderOptions reader;
 };
 
@@ -112,7 +113,7 @@ int runImport(const SettingsOptions& o)
 int runExport(const SettingsOptions& o)
 {
     auto errors = ErrorSink::install(o.json || !stdoutIsTerminal());
-    return finish(*errors, exportRegFile(parseRoot(o.root), o.key, o.file));
+    return finish(*errors, exportRegFile(parseRoot(o.root), o.key, o.file, o.utf8));
 }
 
 CLI::App* addAction(CLI::App& settings, const char* name, const char* description,
@@ -148,6 +149,7 @@ void addSettingsCommand(CLI::App& app, int& status)
     auto* exportCommand = addAction(
         *settings, "export", "Export the sub-key to a registry export (.reg) file", o, runExport, status);
     exportCommand->add_option("FILE", o->file, "The .reg file to write")->required();
+    exportCommand->add_flag("--utf8", o->utf8, "Write UTF-8 instead of the registry editor's UTF-16");
 }
 
 } // namespace zebreader::cli

@@ -16,8 +16,9 @@ bool storedValues(zebreader81::zebReaderRegistryKey root, const std::string& sub
                   std::vector<std::pair<std::string, std::string>>& out);
 /// Merges a registry export file into the store.
 bool importRegFile(const std::string& path);
-/// Writes root\subKey and everything below it as a registry export file.
-bool exportRegFile(zebreader81::zebReaderRegistryKey root, const std::string& subKey,
-                   const std::string& path);
+/// Writes root\subKey and everything below it as a registry export file: UTF-16 as the
+/// registry editor writes it, or UTF-8.
+bool exportRegFile(zebreader81::zebReaderRegistryKey root, const std::string& subKey, const std::string& path,
+                   bool utf8);
 
 } // namespace zebreader::cli
