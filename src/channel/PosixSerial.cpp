@@ -1,41 +1,35 @@
-// POSIX termios backend of the serial control.
+// POSIX backend of the serial control: an exclusively opened terminal in raw, non-blocking mode.
+#include "channel/PosixLine.h"
 #include "channel/SerialBackend.h"
 
 #include "engine/basError.h"
+#include "registry/PortMap.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
-#include <sys/stat.h>
 #include <termios.h>
+#include <thread>
 #include <unistd.h>
 
 namespace zebreader81 {
 
 namespace {
 
-speed_t standardSpeed(int32_t baud)
+using namespace std::chrono;
+
+// Longest a write may wait for the line to take more bytes (flow control held off, say).
+constexpr milliseconds writeStall{5000};
+// Longest a close waits for queued output to leave before discarding it.
+constexpr milliseconds closeDrain{2000};
+
+int pollMs(milliseconds timeout)
 {
-    switch (baud) {
-    case 110: return B110;
-    case 300: return B300;
-    case 600: return B600;
-    case 1200: return B1200;
-    case 2400: return B2400;
-    case 4800: return B4800;
-    case 9600: return B9600;
-    case 19200: return B19200;
-    case 38400: return B38400;
-    case 57600: return B57600;
-    case 115200: return B115200;
-    case 230400: return B230400;
-    case 460800: return B460800;
-    case 921600: return B921600;
-    default: return 0;
-    }
+    return timeout.count() < 0 ? -1 : static_cast<int>(std::min<int64_t>(timeout.count(), 1 << 30));
 }
 
 class PosixSerial final : public SerialBackend {
@@ -43,48 +37,20 @@ public:
     explicit PosixSerial(int fd) : fd_(fd) {}
     ~PosixSerial() override
     {
+        // Output is dropped only when it would not drain: on a pseudo-terminal an output flush
+        // discards what the peer has not read yet.
+        tcflush(fd_, drainBriefly() ? TCIFLUSH : TCIOFLUSH);
+        // The exclusive flag outlives our descriptor while anyone else holds the terminal.
+        ioctl(fd_, TIOCNXCL);
         flock(fd_, LOCK_UN);
         close(fd_);
     }
+    PosixSerial(const PosixSerial&) = delete;
+    PosixSerial& operator=(const PosixSerial&) = delete;
 
-    void apply(const LineSettings& s, int handshaking) override
+    void apply(const LineSettings& settings, int handshaking) override
     {
-        termios tio{};
-        if (tcgetattr(fd_, &tio) != 0)
-            err::raise(err::CommStateNotSet);
-        cfmakeraw(&tio);
-        tio.c_cflag |= CLOCAL | CREAD;
-        tio.c_cflag &= ~(CSIZE | PARENB | PARODD | CSTOPB | CRTSCTS | CMSPAR);
-        switch (s.dataBits) {
-        case 5: tio.c_cflag |= CS5; break;
-        case 6: tio.c_cflag |= CS6; break;
-        case 7: tio.c_cflag |= CS7; break;
-        case 8: tio.c_cflag |= CS8; break;
-        default: err::raise(err::CommStateNotSet);
-        }
-        switch (s.parity) {
-        case 'E': tio.c_cflag |= PARENB; break;
-        case 'O': tio.c_cflag |= PARENB | PARODD; break;
-        case 'M': tio.c_cflag |= PARENB | PARODD | CMSPAR; break;
-        case 'S': tio.c_cflag |= PARENB | CMSPAR; break;
-        default: break;
-        }
-        if (s.stopBits > 1.0f)
-            tio.c_cflag |= CSTOPB; // 1.5 stop bits: termios sets 1.5 for 5 data bits with CSTOPB
-        tio.c_iflag &= ~(IXON | IXOFF | IXANY);
-        if (handshaking == 1 || handshaking == 3)
-            tio.c_iflag |= IXON | IXOFF;
-        if (handshaking == 2 || handshaking == 3)
-            tio.c_cflag |= CRTSCTS;
-        tio.c_cc[VMIN] = 0;
-        tio.c_cc[VTIME] = 0;
-        const speed_t speed = standardSpeed(s.baud);
-        if (speed == 0)
-            err::raise(err::CommStateNotSet);
-        cfsetispeed(&tio, speed);
-        cfsetospeed(&tio, speed);
-        if (tcsetattr(fd_, TCSANOW, &tio) != 0)
-            err::raise(err::CommStateNotSet);
+        posix::applyLine(fd_, settings, handshaking);
     }
 
     std::size_t readAvailable(std::string& into) override
@@ -92,7 +58,7 @@ public:
         std::size_t total = 0;
         char chunk[4096];
         for (;;) {
-            const ssize_t n = read(fd_, chunk, sizeof chunk);
+            const ssize_t n = ::read(fd_, chunk, sizeof chunk);
             if (n > 0) {
                 into.append(chunk, static_cast<std::size_t>(n));
                 total += static_cast<std::size_t>(n);
@@ -100,10 +66,11 @@ public:
                     return total;
                 continue;
             }
-            if (n == 0 || errno == EAGAIN || errno == EWOULDBLOCK)
+            if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK))
                 return total;
-            if (errno == EINTR)
+            if (n < 0 && errno == EINTR)
                 continue;
+            // End of file on a terminal (VMIN 1, non-blocking) is a hang-up; anything else is EIO & co.
             err::raise(err::PortIo);
         }
     }
@@ -116,19 +83,24 @@ public:
         return n > 0 ? static_cast<std::size_t>(n) : 0;
     }
 
-    void write(std::string_view bytes) override
+    void write(std::string_view bytes, std::size_t& written) override
     {
-        while (!bytes.empty()) {
-            const ssize_t n = ::write(fd_, bytes.data(), bytes.size());
+        written = 0;
+        while (written < bytes.size()) {
+            const ssize_t n = ::write(fd_, bytes.data() + written, bytes.size() - written);
             if (n > 0) {
-                bytes.remove_prefix(static_cast<std::size_t>(n));
+                written += static_cast<std::size_t>(n);
                 continue;
             }
             if (n < 0 && errno == EINTR)
                 continue;
             if (n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
                 pollfd pfd{fd_, POLLOUT, 0};
-                if (poll(&pfd, 1, 5000) <= 0 || (pfd.revents & (POLLHUP | POLLERR)))
+                int rc;
+                do {
+                    rc = poll(&pfd, 1, pollMs(writeStall));
+                } while (rc < 0 && errno == EINTR);
+                if (rc <= 0 || (pfd.revents & (POLLHUP | POLLERR | POLLNVAL)))
                     err::raise(err::PortIo);
                 continue;
             }
@@ -136,19 +108,35 @@ public:
         }
     }
 
-    void waitReadable(std::chrono::milliseconds timeout, int wakeFd) override
+    bool waitReadable(milliseconds timeout, int wakeFd) override
     {
         pollfd pfds[2] = {{fd_, POLLIN, 0}, {wakeFd, POLLIN, 0}};
-        const int ms = timeout.count() < 0 ? -1 : static_cast<int>(std::min<int64_t>(timeout.count(), 1 << 30));
         int rc;
         do {
-            rc = poll(pfds, wakeFd >= 0 ? 2 : 1, ms);
+            rc = poll(pfds, wakeFd >= 0 ? 2 : 1, pollMs(timeout));
         } while (rc < 0 && errno == EINTR);
-        if (rc > 0 && (pfds[0].revents & (POLLHUP | POLLERR | POLLNVAL)) && !(pfds[0].revents & POLLIN))
+        if (rc < 0)
             err::raise(err::PortIo);
+        // A hung-up terminal also reports POLLIN, but has nothing left to read.
+        if (pfds[0].revents & (POLLHUP | POLLERR | POLLNVAL))
+            err::raise(err::PortIo);
+        return (pfds[0].revents & POLLIN) != 0;
     }
 
 private:
+    // True when the output queue emptied in time.
+    bool drainBriefly()
+    {
+        const auto until = steady_clock::now() + closeDrain;
+        int queued = 0;
+        while (ioctl(fd_, TIOCOUTQ, &queued) == 0 && queued > 0) {
+            if (steady_clock::now() >= until)
+                return false;
+            std::this_thread::sleep_for(milliseconds(5));
+        }
+        return true;
+    }
+
     int fd_;
 };
 
@@ -172,9 +160,15 @@ std::unique_ptr<SerialBackend> openPosixSerial(const std::string& path, const Li
         close(fd);
         err::raise(err::PortAlreadyOpen);
     }
-    ioctl(fd, TIOCEXCL);
+    if (ioctl(fd, TIOCEXCL) != 0) {
+        flock(fd, LOCK_UN);
+        close(fd);
+        err::raise(err::InvalidPortNumber);
+    }
     auto port = std::make_unique<PosixSerial>(fd);
     port->apply(settings, handshaking);
+    // A freshly opened port holds nothing from before, as a real line that was closed.
+    tcflush(fd, TCIFLUSH);
     return port;
 }
 
@@ -182,6 +176,8 @@ std::string resolvePortPath(int port)
 {
     if (const char* env = std::getenv(("ZEBREADER_COM" + std::to_string(port)).c_str()); env && *env)
         return env;
+    if (auto stored = storedPortPath(port); stored && !stored->empty())
+        return *stored;
     return "/dev/ttyS" + std::to_string(port - 1);
 }
 

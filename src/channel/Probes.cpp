@@ -3,6 +3,9 @@
 #include "channel/basRead.h"
 #include "channel/frmComm.h"
 #include "engine/ReaderAccess.h"
+#include "engine/basError.h"
+
+#include <chrono>
 
 namespace zebreader81 {
 
@@ -12,24 +15,39 @@ constexpr char DC2 = 18;
 constexpr char ESC = 27;
 constexpr char CR = 13;
 
-void openProbePort(clsZEBReader& reader, int16_t port)
-{
-    auto& com = Reader::fComm(reader).mscComm;
-    com.Handshaking(static_cast<int16_t>(reader.FlowControl()));
-    com.CommPort(port);
-    com.Settings(basRead::SettingsText(reader));
-    com.PortOpen(true);
-}
+// Longest a flush keeps draining a line that never falls quiet.
+constexpr auto flushLimit = std::chrono::seconds(1);
 
-void closeQuietly(clsZEBReader& reader)
-{
-    try {
-        auto& com = Reader::fComm(reader).mscComm;
-        if (com.PortOpen())
-            com.PortOpen(false);
-    } catch (...) {
+// The probe opens the port itself; a port that was already open (against the rules) is not
+// the probe's to close.
+class ProbePort {
+public:
+    ProbePort(clsZEBReader& reader, int16_t port) : com_(Reader::fComm(reader).mscComm)
+    {
+        if (com_.PortOpen())
+            err::raise(err::PortAlreadyOpen);
+        com_.Handshaking(static_cast<int16_t>(reader.FlowControl()));
+        com_.CommPort(port);
+        com_.Settings(basRead::SettingsText(reader));
+        opened_ = true;
+        com_.PortOpen(true);
     }
-}
+    ~ProbePort()
+    {
+        try {
+            if (opened_ && com_.PortOpen())
+                com_.PortOpen(false);
+        } catch (...) {
+        }
+    }
+    ProbePort(const ProbePort&) = delete;
+    ProbePort& operator=(const ProbePort&) = delete;
+    SerialControl& com() { return com_; }
+
+private:
+    SerialControl& com_;
+    bool opened_ = false;
+};
 
 std::string trimBlanks(const std::string& s)
 {
@@ -43,51 +61,47 @@ std::string trimBlanks(const std::string& s)
 
 bool LocateNCSEZ(clsZEBReader& reader, int16_t& port)
 {
-    bool found = false;
     try {
-        openProbePort(reader, port);
-        auto& com = Reader::fComm(reader).mscComm;
+        ProbePort probe(reader, port);
+        auto& com = probe.com();
         com.Output(std::string{DC2} + "R7777" + DC2 + "I00" + DC2 + "E");
         frmComm::Sleep(100);
-        if (com.InBufferCount() == 2) {
-            com.InputLen(0);
-            found = com.Input() == std::string{'G', CR};
-        }
+        if (com.InBufferCount() != 2)
+            return false;
+        com.InputLen(0);
+        return com.Input() == std::string{'G', CR};
     } catch (...) {
-        found = false;
+        return false;
     }
-    closeQuietly(reader);
-    return found;
 }
 
 bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
 {
-    bool ok = false;
     try {
-        openProbePort(reader, reader.Port());
-        auto& com = Reader::fComm(reader).mscComm;
+        ProbePort probe(reader, reader.Port());
+        auto& com = probe.com();
         com.Output(std::string{DC2, ESC} + "V" + DC2 + "E");
         frmComm::Sleep(100);
-        if (com.InBufferCount() > 0) {
-            com.InputLen(0);
-            const std::string reply = com.Input();
-            if (const auto pos = reply.find(std::string{'G', CR}); pos != std::string::npos) {
-                text = trimBlanks(reply.substr(0, pos));
-                ok = true;
-            }
-        }
+        if (com.InBufferCount() <= 0)
+            return false;
+        com.InputLen(0);
+        const std::string reply = com.Input();
+        const auto pos = reply.find(std::string{'G', CR});
+        if (pos == std::string::npos)
+            return false;
+        text = trimBlanks(reply.substr(0, pos));
+        return true;
     } catch (...) {
-        ok = false;
+        return false;
     }
-    closeQuietly(reader);
-    return ok;
 }
 
 void FlushInputST(clsZEBReader& reader)
 {
     try {
         auto& com = Reader::fComm(reader).mscComm;
-        while (com.InBufferCount() > 0)
+        const auto until = std::chrono::steady_clock::now() + flushLimit;
+        while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
             com.Input();
     } catch (...) {
     }

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -18,7 +19,9 @@ struct LineSettings {
     float stopBits = 1.0f; // 1, 1.5 or 2
 
     /// Parses a Settings text; throws RuntimeError 380 (invalid property value) when it is
-    /// not of the form rate,parity,data,stop with a known parity letter and stop bits.
+    /// not of the form rate,parity,data,stop with a positive rate, a parity letter of NEOMS
+    /// (either case), data bits 4 to 8 and stop bits 1, 1.5 or 2. Blanks are ignored.
+    /// Whether the device can carry it is decided when it is applied (8015).
     static LineSettings parse(const std::string& text);
 };
 
@@ -34,15 +37,17 @@ public:
     virtual std::size_t readAvailable(std::string& into) = 0;
     /// Bytes the OS holds, not yet read.
     virtual std::size_t pendingCount() = 0;
-    /// Writes every byte, completing partial writes.
-    virtual void write(std::string_view bytes) = 0;
-    /// Blocks until input is readable, `wakeFd` is signalled or `timeout` passes
+    /// Writes every byte, completing partial writes and waiting out a full output queue (a
+    /// bounded while); `written` tells how far it got when it raises.
+    virtual void write(std::string_view bytes, std::size_t& written) = 0;
+    /// Blocks until input is readable (True), `wakeFd` is signalled or `timeout` passes
     /// (negative: no limit). A hang-up raises.
-    virtual void waitReadable(std::chrono::milliseconds timeout, int wakeFd) = 0;
+    virtual bool waitReadable(std::chrono::milliseconds timeout, int wakeFd) = 0;
 };
 
-/// Opens the device at `path` exclusively in raw mode: 8002 when it does not exist,
-/// 8005 when another reader holds it, 8015 when its state cannot be set.
+/// Opens the device at `path` exclusively in raw mode with an empty input queue: 8002 when it
+/// does not exist or is no terminal, 8005 when another reader holds it, 8015 when it refuses
+/// the settings.
 std::unique_ptr<SerialBackend> openPosixSerial(const std::string& path, const LineSettings& settings,
                                                int handshaking);
 

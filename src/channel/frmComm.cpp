@@ -57,8 +57,7 @@ void SerialControl::PortOpen(bool value)
         return;
     }
     if (value) {
-        backend_ = openPosixSerial(resolvePortPath(commPort_), LineSettings::parse(settings_),
-                                   handshaking_);
+        backend_ = openPosixSerial(resolvePortPath(commPort_), LineSettings::parse(settings_), handshaking_);
     } else {
         backend_.reset();
     }
@@ -81,10 +80,10 @@ std::size_t SerialControl::fillBuffer()
         bufferHead_ = 0;
     }
     const auto before = buffer_.size();
-    const std::size_t moved = port.readAvailable(buffer_);
-    if (moved > 0 && trace_)
+    const std::size_t got = port.readAvailable(buffer_);
+    if (got > 0 && trace_)
         trace_(false, buffer_.substr(before));
-    return moved;
+    return got;
 }
 
 int16_t SerialControl::InBufferCount()
@@ -104,11 +103,11 @@ void SerialControl::InputLen(int16_t value)
 std::string SerialControl::Input()
 {
     open();
-    std::size_t buffered = buffer_.size() - bufferHead_;
-    if (buffered == 0 || (inputLen_ == 0)) {
+    // The buffer answers on its own while it holds enough, so reading byte by byte costs no
+    // system call per byte.
+    if (inputLen_ == 0 || buffer_.size() - bufferHead_ < static_cast<std::size_t>(inputLen_))
         fillBuffer();
-        buffered = buffer_.size() - bufferHead_;
-    }
+    const std::size_t buffered = buffer_.size() - bufferHead_;
     const std::size_t take =
         inputLen_ == 0 ? buffered : std::min<std::size_t>(buffered, static_cast<std::size_t>(inputLen_));
     std::string out = buffer_.substr(bufferHead_, take);
@@ -122,14 +121,21 @@ std::string SerialControl::Input()
 
 void SerialControl::Output(const std::string& value)
 {
-    open().write(value);
-    if (trace_)
+    std::size_t written = 0;
+    try {
+        open().write(value, written);
+    } catch (...) {
+        if (written > 0 && trace_)
+            trace_(true, value.substr(0, written));
+        throw;
+    }
+    if (!value.empty() && trace_)
         trace_(true, value);
 }
 
-void SerialControl::waitReadable(milliseconds timeout, int wakeFd)
+bool SerialControl::waitReadable(milliseconds timeout, int wakeFd)
 {
-    open().waitReadable(timeout, wakeFd);
+    return open().waitReadable(timeout, wakeFd);
 }
 
 // --- OneShotTimer ------------------------------------------------------------------------
@@ -138,10 +144,10 @@ bool OneShotTimer::Enabled() const { return deadline_ && Clock::now() < *deadlin
 
 void OneShotTimer::Enabled(bool value)
 {
-    if (value)
-        deadline_ = Clock::now() + milliseconds(std::max<int32_t>(interval_, 0));
-    else
+    if (!value)
         deadline_.reset();
+    else if (!Enabled())
+        deadline_ = Clock::now() + milliseconds(std::max<int32_t>(interval_, 0));
 }
 
 // --- frmComm -----------------------------------------------------------------------------
@@ -182,22 +188,27 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
         m = std::max(m, milliseconds(0));
         timeout = timeout.count() < 0 ? m : std::min(timeout, m);
     };
-    if (auto deadline = tmrScan.deadline())
-        limit(duration_cast<milliseconds>(*deadline - OneShotTimer::Clock::now()) + milliseconds(1));
-    if (pace)
+    // A timer that already ran out no longer bounds anything: the loop has seen it (or does
+    // not look), and waking at once for it again would spin.
+    if (tmrScan.Enabled()) {
+        // Rounded up so that the timer has run out when poll returns.
+        limit(ceil<milliseconds>(*tmrScan.deadline() - OneShotTimer::Clock::now()));
+    }
+    if (pace && pace->count() > 0)
         limit(*pace);
     if (yield_)
         limit(yieldSlice);
 
-    if (mscComm.PortOpen()) {
-        // Bytes that came in since the caller last looked end this turn at once: the poll
-        // below would not see them again.
-        if (mscComm.fillBuffer() == 0)
+    const bool arrived = mscComm.PortOpen() && mscComm.fillBuffer() > 0;
+    if (!arrived) {
+        if (mscComm.PortOpen()) {
             mscComm.waitReadable(timeout, wakeFd_);
-    } else {
-        pollfd pfd{wakeFd_, POLLIN, 0};
-        const int ms = timeout.count() < 0 ? -1 : static_cast<int>(std::min<int64_t>(timeout.count(), 1 << 30));
-        [[maybe_unused]] int rc = poll(&pfd, 1, ms);
+        } else {
+            pollfd pfd{wakeFd_, POLLIN, 0};
+            const int ms =
+                timeout.count() < 0 ? -1 : static_cast<int>(std::min<int64_t>(timeout.count(), 1 << 30));
+            [[maybe_unused]] int rc = poll(&pfd, 1, ms);
+        }
     }
     uint64_t drained = 0;
     [[maybe_unused]] auto n = read(wakeFd_, &drained, sizeof drained);

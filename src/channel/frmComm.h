@@ -44,11 +44,15 @@ public:
     /// Sends every character as one byte.
     void Output(const std::string& value);
 
-    /// Moves what the OS holds into the receive buffer; used by the waits. Returns the bytes moved.
+    /// Moves what the OS holds into the receive buffer; returns how many bytes came. Used by
+    /// the waits.
     std::size_t fillBuffer();
-    /// Blocks until more input may have arrived, `wakeFd` is signalled or `timeout` passes.
-    void waitReadable(std::chrono::milliseconds timeout, int wakeFd);
-    /// Receives every byte sent and received (for tracing); nullptr switches it off.
+    /// Blocks until more input may have arrived (True), `wakeFd` is signalled or `timeout`
+    /// passes (negative: no limit). A hang-up raises.
+    bool waitReadable(std::chrono::milliseconds timeout, int wakeFd);
+    /// Receives every byte as it goes to the line (sent True) or comes from it, in order, on
+    /// the thread that uses the port; nullptr switches it off. The time of the call is the
+    /// time of the transfer.
     using TraceHook = std::function<void(bool sent, const std::string& bytes)>;
     void setTrace(TraceHook hook) { trace_ = std::move(hook); }
 
@@ -66,7 +70,8 @@ private:
 };
 
 /// One-shot timer: Enabled reads False once Interval milliseconds have passed since it
-/// was enabled. That is the whole timer event.
+/// was enabled. That is the whole timer event. As with a timer control, enabling a timer
+/// that is still running does not restart it; disable it first.
 class OneShotTimer {
 public:
     using Clock = std::chrono::steady_clock;
@@ -94,9 +99,10 @@ public:
     SerialControl mscComm;
     OneShotTimer tmrScan;
 
-    /// One turn of a wait loop (the "DoEvents" of a driver): blocks until new input may be
-    /// there, the armed timer runs out, Wake is called, or `pace` passes; then runs the
-    /// host's yield callback. Never spins.
+    /// One turn of a wait loop (the "DoEvents" of a driver): returns at once when new input
+    /// came into the receive buffer, else blocks until input arrives, the armed timer runs
+    /// out, Wake is called, or `pace` (when above zero) passes; then runs the host's yield
+    /// callback. Never spins. A port that hung up raises 8020.
     void DoEvents(std::optional<std::chrono::milliseconds> pace = std::nullopt);
     /// A fixed pause the protocol demands.
     static void Sleep(int64_t milliseconds);

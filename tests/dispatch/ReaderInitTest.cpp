@@ -84,17 +84,19 @@ TEST_F(Init, Port16OpensWithTheReadersLineSettingsThenTheFamilyInits)
 TEST_F(Init, SettingsTextWritesStopBitsAsASingle)
 {
     reader.BaudRate(zebReaderBaudRate19200);
-    for (auto [stop, text] : {std::pair{1.5f, "19200,N,8,1.5"}, std::pair{2.0f, "19200,N,8,2"}}) {
-        reader.StopBits(stop);
-        ASSERT_TRUE(basRead::ReaderInit(reader));
-        EXPECT_EQ(com().Settings(), text);
-        basRead::ReaderClose(reader);
-    }
+    reader.StopBits(2.0f);
+    ASSERT_TRUE(basRead::ReaderInit(reader));
+    EXPECT_EQ(com().Settings(), "19200,N,8,2");
+    basRead::ReaderClose(reader);
+    // 1.5 stop bits only go with 5 data bits on a real line.
+    reader.StopBits(1.5f);
+    EXPECT_EQ(basRead::SettingsText(reader), "19200,N,8,1.5");
     // Parity goes in as stored. (A pseudo-terminal refuses 7 data bits and parity, so this one
     // is not applied to an open port.)
     reader.Parity("E");
     reader.DataBits(zebReaderDataBits7);
     reader.BaudRate(zebReaderBaudRate38400);
+    reader.StopBits(2.0f);
     EXPECT_EQ(basRead::SettingsText(reader), "38400,E,7,2");
 }
 

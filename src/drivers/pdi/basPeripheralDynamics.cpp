@@ -20,10 +20,6 @@ constexpr const char* ThresholdLocation = "ZEBReader81 - basPeripheralDynamics.S
 // until the next ReaderInit.
 constexpr int32_t ReplyIntervalMs = 1000;
 
-// DoEvents can take input into its buffer and then block for more; a bounded turn keeps
-// such a miss to one pace instead of the whole time-out (or forever, in the sheet wait).
-constexpr std::chrono::milliseconds Turn{25};
-
 void pause(int64_t ms) { frmComm::Sleep(ms); }
 
 void flush(SerialControl& com)
@@ -47,7 +43,7 @@ bool awaitReply(frmComm& fc, int16_t count)
     fc.tmrScan.Interval(ReplyIntervalMs);
     fc.tmrScan.Enabled(true);
     while (com.InBufferCount() < count) {
-        fc.DoEvents(Turn);
+        fc.DoEvents();
         if (!fc.tmrScan.Enabled() && com.InBufferCount() < count)
             return false;
     }
@@ -187,8 +183,9 @@ bool ReadPagePD(clsZEBReader& reader)
         }
 
         for (;;) {
-            // With input already buffered the turn must not block: the OS may hold nothing new.
-            fc.DoEvents(com.InBufferCount() > 0 ? std::chrono::milliseconds(0) : Turn);
+            // A turn blocks until new input or a cancel, so it is taken only with nothing buffered.
+            if (com.InBufferCount() == 0)
+                fc.DoEvents();
             if (reader.CancelScan())
                 return false;
             if (com.InBufferCount() == 0)

@@ -1,0 +1,195 @@
+// The port probe and firmware query, the reader's Locate and Firmware, and the input flush.
+#include "channel/ChannelPeers.h"
+#include "channel/Probes.h"
+#include "channel/frmComm.h"
+#include "engine/ReaderAccess.h"
+#include "support/TestHost.h"
+
+#include <gtest/gtest.h>
+
+namespace zebreader81::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+const std::string GCR{'G', '\r'};
+
+struct Probe : ::testing::Test {
+    HostScope errors;
+    PortMap ports;
+    clsZEBReader reader;
+    SerialControl& com = Reader::fComm(reader).mscComm;
+
+    Probe()
+    {
+        reader.ReaderType(zebReaderTypeNCSEZData);
+        // Set here so that these tests do not hang on the profile table's values.
+        reader.Profiles()->Item("23")->LocateEnabled(true);
+        reader.Profiles()->Item("23")->FirmwareEnabled(true);
+        reader.BaudRate(zebReaderBaudRate9600);
+        reader.Parity("E");
+        reader.DataBits(zebReaderDataBits7);
+        reader.StopBits(1.0f);
+        reader.Port(1);
+    }
+    ~Probe() override { EXPECT_TRUE(errors.host->reports.empty()) << "probes report nothing"; }
+
+    static std::chrono::steady_clock::time_point firstAt(const sim::Peer& p, std::size_t chunk = 0)
+    {
+        const auto chunks = p.receivedChunks();
+        return chunk < chunks.size() ? chunks[chunk].at : std::chrono::steady_clock::time_point::max();
+    }
+};
+
+TEST_F(Probe, OnlyExactlyGCarriageReturnIsAScanner)
+{
+    struct Case {
+        std::string answer;
+        bool found;
+    };
+    for (const Case& c : {Case{GCR, true}, Case{GCR + "X", false}, Case{"X" + GCR, false}, Case{"G", false},
+                          Case{"Gx", false}, Case{"\rG", false}, Case{"", false}}) {
+        SCOPED_TRACE(testing::PrintToString(c.answer));
+        ProbePeer peer(c.answer);
+        ports.map(6, peer.path());
+        int16_t port = 6;
+        EXPECT_EQ(LocateNCSEZ(reader, port), c.found);
+        EXPECT_EQ(port, 6);
+        EXPECT_EQ(peer.received(), ProbePeer::probeFrame()) << "exactly one 13-byte probe";
+        EXPECT_FALSE(com.PortOpen()) << "the probe closes the port again";
+        EXPECT_EQ(com.CommPort(), 6);
+        EXPECT_EQ(com.Settings(), "9600,E,7,1");
+    }
+}
+
+TEST_F(Probe, AProbeOfAMissingOrBusyPortIsFalseWithoutAReport)
+{
+    int16_t port = 4;
+    EXPECT_FALSE(LocateNCSEZ(reader, port));
+
+    ProbePeer peer;
+    ports.map(4, peer.path());
+    frmComm holder;
+    holder.mscComm.CommPort(4);
+    holder.mscComm.PortOpen(true);
+    EXPECT_FALSE(LocateNCSEZ(reader, port));
+    EXPECT_EQ(peer.probes(), 0);
+    EXPECT_TRUE(holder.mscComm.PortOpen());
+}
+
+TEST_F(Probe, LocateTriesTheStartPortThenOneToSixteen)
+{
+    ProbePeer three(""), five(""), nine, twelve;
+    ports.map(3, three.path());
+    ports.map(5, five.path());
+    ports.map(9, nine.path());
+    ports.map(12, twelve.path());
+
+    EXPECT_TRUE(reader.Locate(5));
+    EXPECT_EQ(reader.Port(), 9);
+    EXPECT_EQ(five.probes(), 2);
+    EXPECT_EQ(three.probes(), 1);
+    EXPECT_EQ(nine.probes(), 1);
+    EXPECT_EQ(twelve.probes(), 0) << "the search stops at the first scanner";
+    EXPECT_LT(firstAt(five, 0), firstAt(three));
+    EXPECT_LT(firstAt(three), firstAt(five, 1));
+    EXPECT_LT(firstAt(five, 1), firstAt(nine));
+    EXPECT_FALSE(com.PortOpen());
+
+    // The start port wins when it answers, even if a lower one would too.
+    EXPECT_TRUE(reader.Locate(12));
+    EXPECT_EQ(reader.Port(), 12);
+    EXPECT_EQ(nine.probes(), 1);
+}
+
+TEST_F(Probe, LocateWithoutAnswerLeavesPortAlone)
+{
+    ProbePeer silent(""), noisy(GCR + GCR);
+    ports.map(2, silent.path());
+    ports.map(16, noisy.path());
+    reader.Port(7);
+    EXPECT_FALSE(reader.Locate());
+    EXPECT_EQ(reader.Port(), 7);
+    EXPECT_EQ(silent.probes(), 1);
+    EXPECT_EQ(noisy.probes(), 1) << "port 16 is tried too";
+    EXPECT_FALSE(reader.Locate(-3));
+    EXPECT_EQ(silent.probes(), 2);
+}
+
+TEST_F(Probe, LocateAndFirmwareOnlyForTheProbeModelsWithTheProfileFlag)
+{
+    ProbePeer peer(GCR, "V1 " + GCR);
+    ports.map(1, peer.path());
+    std::string text = "unchanged";
+
+    reader.Profiles()->Item("23")->LocateEnabled(false);
+    reader.Profiles()->Item("23")->FirmwareEnabled(false);
+    EXPECT_FALSE(reader.Locate(1));
+    EXPECT_FALSE(reader.Firmware(text));
+
+    reader.ReaderType(zebReaderTypePDIVMR138);
+    reader.Profiles()->Item("24")->LocateEnabled(true);
+    reader.Profiles()->Item("24")->FirmwareEnabled(true);
+    EXPECT_FALSE(reader.Locate(1));
+    EXPECT_FALSE(reader.Firmware(text));
+    EXPECT_EQ(text, "unchanged");
+    EXPECT_EQ(peer.receivedCount(), 0u);
+
+    for (zebReaderType t :
+         {zebReaderTypeChatsworthOMR1100, zebReaderTypeChatsworthOMR2000,
+          zebReaderTypeChatsworthALSAccelScanOMR, zebReaderTypeNCSEZData, zebReaderTypeChatsworthACF200,
+          zebReaderTypeChatsworthACF100, zebReaderTypeChatsworthACP200}) {
+        SCOPED_TRACE(t);
+        reader.ReaderType(t);
+        const auto key = std::to_string(t);
+        reader.Profiles()->Item(key)->LocateEnabled(true);
+        reader.Profiles()->Item(key)->FirmwareEnabled(true);
+        reader.Port(8);
+        EXPECT_TRUE(reader.Locate(1));
+        EXPECT_EQ(reader.Port(), 1);
+        EXPECT_TRUE(reader.Firmware(text));
+        EXPECT_EQ(text, "V1");
+    }
+}
+
+TEST_F(Probe, FirmwareIsTheTrimmedTextBeforeTheFirstGCarriageReturn)
+{
+    struct Case {
+        std::string answer;
+        bool ok;
+        std::string text;
+    };
+    for (const Case& c : {Case{"  EZ 2.07 b  " + GCR + "more" + GCR, true, "EZ 2.07 b"}, Case{GCR, true, ""},
+                          Case{"V3.1\r\n", false, "kept"}, Case{"", false, "kept"}}) {
+        SCOPED_TRACE(testing::PrintToString(c.answer));
+        ProbePeer peer(GCR, c.answer);
+        ports.map(3, peer.path());
+        reader.Port(3);
+        std::string text = "kept";
+        EXPECT_EQ(reader.Firmware(text), c.ok);
+        EXPECT_EQ(text, c.text);
+        EXPECT_EQ(peer.received(), ProbePeer::firmwareFrame());
+        EXPECT_FALSE(com.PortOpen());
+    }
+}
+
+TEST_F(Probe, FlushEmptiesTheBufferAndIgnoresAClosedPort)
+{
+    FlushInputST(reader); // closed: nothing, and nothing reported
+    LinePeer peer;
+    ports.map(1, peer.path());
+    com.CommPort(1);
+    com.PortOpen(true);
+    FlushInputST(reader); // empty: nothing
+    EXPECT_EQ(com.InBufferCount(), 0);
+    peer.reply("left over");
+    ASSERT_TRUE(peer.waitIdle(5s));
+    com.InputLen(1);
+    FlushInputST(reader);
+    EXPECT_EQ(com.InBufferCount(), 0);
+    com.Output("next");
+    EXPECT_TRUE(peer.waitReceived(4, 5s));
+}
+
+} // namespace
+} // namespace zebreader81::test
