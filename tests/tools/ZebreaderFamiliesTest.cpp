@@ -53,40 +53,28 @@ std::map<std::string, std::string> onlyPort(int port, const std::string& path)
     return env;
 }
 
-// A fresh scanner for each run: a pseudo-terminal keeps the line settings of the last
-// open, and the kernel refuses parity on it a second time.
-struct EZDataScanner {
-    EZDataScanner() { scanner.setFirmware("  EZData 2.14  "); }
-    sim::EZDataSimulator scanner;
-};
-
 TEST_F(ZebreaderTool, LocateFindsTheEZDataScannerAndFirmwareAsksIt)
 {
-    {
-        EZDataScanner ez;
-        auto locate = tool({"locate", "--model", "23"});
-        for (const auto& [name, value] : onlyPort(5, ez.scanner.path()))
-            locate.env[name] = value;
-        const auto r = locate.run();
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.out, "5\n");
-    }
-    {
-        EZDataScanner ez;
-        auto firmware = tool({"firmware", "--model", "Scantron EZData", "--port", "5"});
-        for (const auto& [name, value] : onlyPort(5, ez.scanner.path()))
-            firmware.env[name] = value;
-        const auto r = firmware.run();
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.out, "EZData 2.14\n");
-    }
-    {
-        EZDataScanner ez;
-        const auto r = run({"firmware", "--model", "23", "--device", ez.scanner.path()});
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.out, "EZData 2.14\n");
-        EXPECT_EQ(ez.scanner.words(), std::vector<std::string>{"V"});
-    }
+    sim::EZDataSimulator scanner;
+    scanner.setFirmware("  EZData 2.14  ");
+    const auto env = onlyPort(5, scanner.path());
+
+    auto locate = tool({"locate", "--model", "23"});
+    locate.env.insert(env.begin(), env.end());
+    auto r = locate.run();
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "5\n");
+
+    auto firmware = tool({"firmware", "--model", "Scantron EZData", "--port", "5"});
+    firmware.env.insert(env.begin(), env.end());
+    r = firmware.run();
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "EZData 2.14\n");
+
+    r = run({"firmware", "--model", "23", "--device", scanner.path()});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.out, "EZData 2.14\n");
+    EXPECT_EQ(scanner.words(), (std::vector<std::string>{"probe", "V", "V"}));
 }
 
 TEST_F(ZebreaderTool, LocateExitsOneWhenNoPortAnswers)
