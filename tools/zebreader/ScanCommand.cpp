@@ -238,7 +238,8 @@ void addScanCommand(CLI::App& app, int& status)
     auto* scan = app.add_subcommand("scan", "Read a batch of sheets and show each one");
     options->reader.addTo(*scan, true);
     scan->add_option("--print", options->print, "Text to imprint on every sheet");
-    scan->add_option("--print-distance", options->printDistance, "Imprinter position");
+    scan->add_option("--print-distance", options->printDistance, "Imprinter position")
+        ->check(CLI::Range(-32768, 32767));
     scan->add_option("--sheets", options->sheets, "Most sheets to read (-1: until stopped)")
         ->each([options](const std::string&) { options->sheetsGiven = true; });
     scan->add_option("--reject", options->reject, "Sheets of this batch to reject, e.g. 2,5");
