@@ -1,0 +1,123 @@
+// The hand-written sheet file format and the sample sheets that ship with the simulators.
+#include "sim/SheetFile.h"
+#include "sim/Simulators.h"
+
+#include <gtest/gtest.h>
+
+namespace zebreader81::sim {
+namespace {
+
+TEST(SheetFile, ReadsSidesMarksBarcodesAndBlankRows)
+{
+    const auto sheets = parseSheets(R"(# two sheets
+sheet first
+barcode 00 12#3
+side 1
+| .1 9A |  note: blanks and text after the bar are ignored
+|fX|
+blank 2
+side 2
+|X|
+sheet second
+|..5|
+)");
+    ASSERT_EQ(sheets.size(), 2u);
+    const auto& a = sheets[0];
+    EXPECT_EQ(a.barcodes, (std::vector<std::string>{"00 12#3"}));
+    // Short rows are padded to the side's width; blank rows are all 0.
+    EXPECT_EQ(a.side1,
+              (std::vector<std::vector<int>>{{0, 1, 9, 10}, {15, 15, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}}));
+    EXPECT_EQ(a.side2, (std::vector<std::vector<int>>{{15}}));
+    // A new sheet starts on side 1.
+    EXPECT_EQ(sheets[1].side1, (std::vector<std::vector<int>>{{0, 0, 5}}));
+    EXPECT_TRUE(sheets[1].side2.empty());
+    EXPECT_TRUE(sheets[1].barcodes.empty());
+}
+
+TEST(SheetFile, ErrorsNameTheLineAndWhatIsWrong)
+{
+    const auto errorOf = [](const std::string& text) -> std::string {
+        try {
+            parseSheets(text, "t.sheets");
+        } catch (const SheetFileError& e) {
+            return e.what();
+        }
+        return "no error";
+    };
+    EXPECT_EQ(errorOf("|..X|\n"), "t.sheets:1: a \"sheet\" line must come first");
+    EXPECT_EQ(errorOf("sheet\n|..G|\n"), "t.sheets:2: 'G' is not a mark (use . 0-9 A-F or X)");
+    EXPECT_EQ(errorOf("sheet\n\nside 3\n"), "t.sheets:3: side must be 1 or 2, not \"3\"");
+    EXPECT_EQ(errorOf("sheet\nblank many\n"),
+              "t.sheets:2: expected a row count from 0 to 10000, not \"many\"");
+    EXPECT_EQ(errorOf("sheet\nrow |..|\n"),
+              "t.sheets:2: unknown keyword \"row\" (expected sheet, barcode, side, blank or a |row|)");
+    EXPECT_THROW(loadSheetFile("/nonexistent/sheets.txt"), SheetFileError);
+}
+
+// Marks in rows [first, first+count) and columns [col, col+width): one per row expected.
+int rowsWithOneMark(const std::vector<std::vector<int>>& side, int first, int count, int col, int width)
+{
+    int rows = 0;
+    for (int r = first; r < first + count; ++r) {
+        int marks = 0;
+        for (int c = col; c < col + width; ++c)
+            marks += side[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] > 0;
+        rows += marks == 1;
+    }
+    return rows;
+}
+
+TEST(SampleSheets, AnswerSheetsHoldNameIdFiftyQuestionsAndOneDuplexSheet)
+{
+    const auto sheets = sampleSheets(2);
+    ASSERT_EQ(sheets.size(), 3u);
+    int duplex = 0;
+    for (const auto& s : sheets) {
+        ASSERT_EQ(s.side1.size(), 53u);
+        ASSERT_EQ(s.side1[0].size(), 40u);
+        EXPECT_EQ(s.barcodes.size(), 1u);
+        // Seven ID digits, one mark per column in rows 1-10 of columns 23-29.
+        for (int c = 22; c < 29; ++c) {
+            int marks = 0;
+            for (int r = 0; r < 10; ++r)
+                marks += s.side1[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] > 0;
+            EXPECT_EQ(marks, 1) << "ID column " << c + 1;
+        }
+        duplex += !s.side2.empty();
+    }
+    EXPECT_EQ(duplex, 1);
+    // The first sheet answers all 50 questions once each.
+    EXPECT_EQ(rowsWithOneMark(sheets[0].side1, 28, 25, 0, 5), 25);
+    EXPECT_EQ(rowsWithOneMark(sheets[0].side1, 28, 25, 7, 5), 25);
+}
+
+TEST(SampleSheets, NarrowScannersGetTwelveColumnCards)
+{
+    for (int type : {23, 24}) {
+        const auto cards = sampleSheets(type);
+        ASSERT_EQ(cards.size(), 3u);
+        for (const auto& c : cards) {
+            EXPECT_EQ(c.side1[0].size(), 12u);
+            EXPECT_TRUE(c.side2.empty());
+        }
+        EXPECT_EQ(rowsWithOneMark(cards[0].side1, 12, 25, 0, 5), 25);
+    }
+}
+
+TEST(SimulatorFactory, OffersOnlyFamiliesWithASimulator)
+{
+    EXPECT_FALSE(hasSimulator(0));
+    EXPECT_FALSE(hasSimulator(1)); // Apperson: no protocol
+    EXPECT_EQ(makeSimulator(7, {}), nullptr);
+    EXPECT_EQ(simulatedReaderType("no-such-family"), 0);
+    for (const auto& f : simulatedFamilies()) {
+        EXPECT_TRUE(hasSimulator(f.defaultReaderType)) << f.name;
+        EXPECT_EQ(simulatedReaderType(f.name), f.defaultReaderType);
+        auto peer = makeSimulator(f.defaultReaderType, {});
+        ASSERT_NE(peer, nullptr) << f.name;
+        EXPECT_FALSE(peer->path().empty());
+    }
+}
+
+} // namespace
+} // namespace zebreader81::sim

@@ -1,0 +1,97 @@
+// zebreader as a user runs it: the catalogue commands, usage errors and error lines.
+#include "tools/ToolFixture.h"
+
+#include "sim/Simulators.h"
+
+namespace zebreader81::test {
+namespace {
+
+using nlohmann::json;
+
+TEST_F(ZebreaderTool, ModelsJsonListsAllFortyTwoModels)
+{
+    const auto r = run({"models", "--json"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto list = json::parse(r.out);
+    ASSERT_EQ(list.size(), 42u);
+    for (int t = 0; t <= 41; ++t)
+        EXPECT_EQ(list[static_cast<std::size_t>(t)]["number"], t);
+    EXPECT_EQ(list[2],
+              json::parse(R"({"number":2,"name":"Scantron OpScan 2","family":"OpScan","interface":"Serial",)"
+                          R"("reads":true,"simulated":)" +
+                          std::string(sim::hasSimulator(2) ? "true" : "false") + "}"));
+    EXPECT_EQ(list[37]["name"], "Chatsworth Data ACP-100");
+    EXPECT_EQ(list[37]["family"], list[23]["family"]); // served by the EZData driver
+    EXPECT_EQ(list[30]["interface"], "USB");
+    EXPECT_EQ(list[1]["reads"], false);
+}
+
+TEST_F(ZebreaderTool, ProfileTakesANumberOrADisplayNameInAnyCase)
+{
+    const auto byNumber = run({"profile", "37", "--json"});
+    const auto byName = run({"profile", "chatsworth data ACP-100", "--json"});
+    ASSERT_EQ(byNumber.status, 0) << byNumber.err;
+    EXPECT_EQ(byName.out, byNumber.out);
+    const auto p = json::parse(byNumber.out);
+    EXPECT_EQ(p["number"], 37);
+    EXPECT_EQ(p["name"], "Chatsworth Data ACP-100");
+    EXPECT_TRUE(p.contains("RecognitionThresholdMaximum"));
+}
+
+TEST_F(ZebreaderTool, UsageErrorsExitTwoAndSayWhatIsWrong)
+{
+    auto r = run({"profile", "Scantron OpScan 99"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("unknown model \"Scantron OpScan 99\""), std::string::npos) << r.err;
+    r = run({"scan", "--model", "42"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("model 42 is out of range"), std::string::npos) << r.err;
+    r = run({"scan", "--format", "xml"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("--format"), std::string::npos) << r.err;
+    r = run({"scan", "--reject", "2,x"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("--reject: \"x\" is not a sheet number"), std::string::npos) << r.err;
+    r = run({"scan", "--simulate", "--device", "/dev/null"});
+    EXPECT_EQ(r.status, 2);
+    r = run({"scan", "--format", "svg"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("--output"), std::string::npos) << r.err;
+    r = run({"scan", "--model", "1", "--simulate"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("no simulator for model 1 (Apperson Advantage Link)"), std::string::npos) << r.err;
+    r = run({"frobnicate"});
+    EXPECT_EQ(r.status, 2);
+    EXPECT_EQ(run({"--help"}).status, 0);
+}
+
+TEST_F(ZebreaderTool, AnInvalidPortIsReportedAsAJsonErrorLineAndExitsOne)
+{
+    const auto r = run({"scan", "--model", "2", "--port", "0"});
+    EXPECT_EQ(r.status, 1);
+    const std::string expected =
+        R"({"error":{"number":8002,"kind":2,"description":"An error has occurred attempting to initialize the )"
+        R"(selected COM port: 0. Please verify the COM port number and settings and then retry the operation.",)"
+        R"("location":"basRead.ReaderInit","title":"Invalid Port Number"}})";
+    const auto errors = r.errLines();
+    ASSERT_FALSE(errors.empty());
+    EXPECT_EQ(errors.front(), expected);
+    // The batch still ends with its summary; the failed start leaves CancelScan as it was.
+    EXPECT_EQ(r.outLines().back(), R"({"summary":{"result":false,"sheets":0,"read":0,"cancelScan":false}})");
+}
+
+TEST_F(ZebreaderTool, ErrorLinesAreReadableTextOnATerminalFormat)
+{
+    const auto r = run({"scan", "--model", "2", "--port", "17", "--format", "csv"});
+    EXPECT_EQ(r.status, 1);
+    ASSERT_FALSE(r.errLines().empty());
+    EXPECT_EQ(
+        r.errLines().front(),
+        "zebreader: error 8002 (Invalid Port Number) in basRead.ReaderInit: An error has occurred attempting "
+        "to "
+        "initialize the selected COM port: 17. Please verify the COM port number and settings and then retry "
+        "the operation.");
+}
+
+} // namespace
+} // namespace zebreader81::test
