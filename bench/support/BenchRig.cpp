@@ -229,8 +229,19 @@ int32_t Rig::openingScanMode() const { return 1 + options_.seed % 6; }
 
 int32_t Rig::scanMode() const
 {
+    // The mode of the last mode command the scanner took ("e", letter, EOT); its opening
+    // mode when there was none.
     const auto* sim = dynamic_cast<const sim::OpScanSimulator*>(peer_.get());
-    return sim ? sim->reportedMode() : 0;
+    if (!sim)
+        return 0;
+    const auto commands = sim->commands();
+    for (auto it = commands.rbegin(); it != commands.rend(); ++it)
+        if (it->size() == 3 && (*it)[0] == 'e' && (*it)[2] == '\x04') {
+            const std::string letters = "ietdws";
+            const auto at = letters.find((*it)[1]);
+            return at == std::string::npos ? 0 : static_cast<int32_t>(at) + 1;
+        }
+    return openingScanMode();
 }
 
 bool Rig::readSheet()

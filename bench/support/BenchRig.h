@@ -82,7 +82,7 @@ public:
     std::chrono::duration<double> sheetBound(std::size_t sent, std::size_t received) const;
     /// The scan mode the OpScan simulator started in (and that the reader restores at close).
     int32_t openingScanMode() const;
-    /// The scan mode the OpScan simulator reports now.
+    /// The scan mode the OpScan simulator was last told to take.
     int32_t scanMode() const;
 
     /// How long the EZData simulator takes to feed a sheet after the enable answer.
