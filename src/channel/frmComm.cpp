@@ -20,7 +20,7 @@ constexpr milliseconds yieldSlice{50};
 
 // --- SerialControl ---------------------------------------------------------------------
 
-SerialControl::SerialControl() = default;
+SerialControl::SerialControl() { Settings(settings_); }
 SerialControl::~SerialControl() = default;
 
 void SerialControl::CommPort(int16_t value)
@@ -38,6 +38,15 @@ void SerialControl::Settings(const std::string& value)
     if (backend_)
         backend_->apply(parsed, handshaking_);
     settings_ = value;
+    const double bits = 1.0 + parsed.dataBits + (parsed.parity == 'N' ? 0.0 : 1.0) + parsed.stopBits;
+    charTime_ = duration_cast<steady_clock::duration>(duration<double>(bits / parsed.baud));
+    forgetLook();
+}
+
+void SerialControl::forgetLook()
+{
+    osPending_ = 0;
+    lastLook_ = {};
 }
 
 void SerialControl::Handshaking(int16_t value)
@@ -63,6 +72,7 @@ void SerialControl::PortOpen(bool value)
     }
     buffer_.clear();
     bufferHead_ = 0;
+    forgetLook();
 }
 
 SerialBackend& SerialControl::open()
@@ -81,6 +91,9 @@ std::size_t SerialControl::fillBuffer()
     }
     const auto before = buffer_.size();
     const std::size_t got = port.readAvailable(buffer_);
+    // The read took all the OS held: that is a look too.
+    osPending_ = 0;
+    lastLook_ = steady_clock::now();
     if (got > 0 && trace_)
         trace_(false, buffer_.substr(before));
     return got;
@@ -89,7 +102,17 @@ std::size_t SerialControl::fillBuffer()
 int16_t SerialControl::InBufferCount()
 {
     auto& port = open();
-    const std::size_t count = buffer_.size() - bufferHead_ + port.pendingCount();
+    const std::size_t buffered = buffer_.size() - bufferHead_;
+    // While bytes wait in the buffer, a look at the OS younger than one character time cannot
+    // have missed a character the line delivered since, so it stands: a driver that reads one
+    // byte at a time and counts before each then costs no system call per byte. An empty
+    // buffer always looks, so a wait never misses the first byte.
+    const auto now = steady_clock::now();
+    if (buffered == 0 || now - lastLook_ >= charTime_) {
+        osPending_ = port.pendingCount();
+        lastLook_ = now;
+    }
+    const std::size_t count = buffered + osPending_;
     return static_cast<int16_t>(std::min<std::size_t>(count, 32767));
 }
 
@@ -200,9 +223,12 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
         limit(yieldSlice);
 
     const bool arrived = mscComm.PortOpen() && mscComm.fillBuffer() > 0;
+    // A turn that ended for input leaves a pending Wake for the next one: the caller tests
+    // CancelScan after every turn anyway, and this saves a system call per byte of a paced line.
+    bool drainWake = !arrived;
     if (!arrived) {
         if (mscComm.PortOpen()) {
-            mscComm.waitReadable(timeout, wakeFd_);
+            drainWake = !mscComm.waitReadable(timeout, wakeFd_);
         } else {
             pollfd pfd{wakeFd_, POLLIN, 0};
             const int ms =
@@ -210,8 +236,10 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
             [[maybe_unused]] int rc = poll(&pfd, 1, ms);
         }
     }
-    uint64_t drained = 0;
-    [[maybe_unused]] auto n = read(wakeFd_, &drained, sizeof drained);
+    if (drainWake) {
+        uint64_t drained = 0;
+        [[maybe_unused]] auto n = read(wakeFd_, &drained, sizeof drained);
+    }
     if (yield_)
         yield_();
 }

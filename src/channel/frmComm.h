@@ -59,6 +59,7 @@ public:
 
 private:
     SerialBackend& open();
+    void forgetLook();
 
     int16_t commPort_ = 1;
     std::string settings_ = "9600,N,8,1";
@@ -67,6 +68,10 @@ private:
     std::unique_ptr<SerialBackend> backend_;
     std::string buffer_;
     std::size_t bufferHead_ = 0;
+    // What the OS held at the last look, and when; a look counts for one character time.
+    std::size_t osPending_ = 0;
+    std::chrono::steady_clock::time_point lastLook_{};
+    std::chrono::steady_clock::duration charTime_{};
     TraceHook trace_;
 };
 
