@@ -145,6 +145,12 @@ void OpScanSimulator::setShortStatusLength(std::size_t length)
     shortStatusLength_ = std::clamp<std::size_t>(length, 4, 5);
 }
 
+void OpScanSimulator::setShortStatusTailDelay(std::chrono::milliseconds delay)
+{
+    std::lock_guard lock(stateMutex);
+    shortStatusTailDelay_ = delay;
+}
+
 void OpScanSimulator::stallNextSheetAfter(std::size_t bytes)
 {
     std::lock_guard lock(stateMutex);
@@ -301,7 +307,13 @@ void OpScanSimulator::shortStatus()
 {
     const std::string reply{'1', static_cast<char>(0x40 | (statusA_ & 0x3F)),
                             static_cast<char>(0x40 | (statusB_ & 0x3F)), '0', CR};
-    send(reply.substr(0, shortStatusLength_));
+    const std::string sent = reply.substr(0, shortStatusLength_);
+    if (shortStatusTailDelay_.count() > 0) {
+        send(sent.substr(0, sent.size() - 1));
+        sendAfter(shortStatusTailDelay_, sent.substr(sent.size() - 1));
+    } else {
+        send(sent);
+    }
 }
 
 void OpScanSimulator::modeCommand(const std::string& command)

@@ -50,6 +50,8 @@ public:
     void setStatusBits(uint8_t a, uint8_t b);
     /// Length of the "s1" reply: 4 (the least the scanner sends) or 5 (default, with its CR).
     void setShortStatusLength(std::size_t length);
+    /// Sends the last byte of the "s1" reply this long after the rest (a slow line).
+    void setShortStatusTailDelay(std::chrono::milliseconds delay);
 
     // Faults.
     /// The next sheet stops after `bytes` bytes of its page stream and the scanner falls silent
@@ -101,6 +103,7 @@ private:
     std::size_t shortStatusLength_ = 5;
     bool ready_ = false;
     bool sheetInTransport_ = false;
+    std::chrono::milliseconds shortStatusTailDelay_{0};
     std::optional<std::size_t> stallAfter_;
     std::optional<std::string> raw_;
     std::vector<std::string> commands_;

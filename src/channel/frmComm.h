@@ -54,6 +54,8 @@ public:
     /// Receives every byte as it goes to the line (sent True) or comes from it, in order, on
     /// the thread that uses the port; nullptr switches it off. The time of the call is the
     /// time of the transfer.
+    /// Time one character takes on the line at the current Settings.
+    std::chrono::steady_clock::duration characterTime() const { return charTime_; }
     using TraceHook = std::function<void(bool sent, const std::string& bytes)>;
     void setTrace(TraceHook hook) { trace_ = std::move(hook); }
 

@@ -441,6 +441,23 @@ TEST_F(OpScan, FourByteStatusReplyIsEnough)
         "basNCS.CheckStatusNCS");
 }
 
+TEST_F(OpScan, LateTailOfAStatusReplyDoesNotEndTheNextPage)
+{
+    // The fifth byte (CR) of "s1" trails on a slow line; left behind, it would end the next
+    // sheet's page stream before its first row.
+    scanner.setShortStatusTailDelay(std::chrono::milliseconds(1));
+    scanner.addSheet(patternSheet(3, 1, false));
+    scanner.addSheet(patternSheet(3, 2, false));
+    ASSERT_TRUE(reader.StartReader());
+    ASSERT_TRUE(reader.ReadPage());
+    ASSERT_TRUE(reader.ReadPage());
+    EXPECT_TRUE(errors.host->reports.empty());
+    ASSERT_EQ(events->side1.size(), 2u);
+    EXPECT_NE(events->side1[0], events->side1[1]);
+    EXPECT_EQ(reader.Side1TimingMarks(), 3);
+    reader.EndReader();
+}
+
 TEST_F(OpScan, ScanModeZeroIsRefusedAndOthersOutsideTheTableGoOutWithoutALetter)
 {
     ASSERT_TRUE(reader.StartReader());

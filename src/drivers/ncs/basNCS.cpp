@@ -6,6 +6,9 @@
 #include "engine/ReaderAccess.h"
 #include "engine/basError.h"
 
+#include <algorithm>
+#include <chrono>
+
 namespace zebreader81::basNCS {
 
 namespace proto = OpScanProtocol;
@@ -51,12 +54,22 @@ bool awaitBytes(frmComm& fc, int16_t minimum)
     return true;
 }
 
-// Reads a status reply one byte at a time; positions not read stay 0.
-proto::Reply readReply(SerialControl& com, std::size_t limit)
+// Reads a status reply one byte at a time; positions not read stay 0. The minimum a wait
+// asks for may arrive before the reply's last bytes: a few character times of grace keep that
+// tail from being taken as the start of the next exchange (a stray CR would end a page).
+proto::Reply readReply(frmComm& fc, std::size_t limit)
 {
+    auto& com = fc.mscComm;
+    const auto grace = std::max(std::chrono::ceil<std::chrono::milliseconds>(3 * com.characterTime()),
+                                std::chrono::milliseconds(2));
     proto::Reply reply{};
     com.InputLen(1);
-    for (std::size_t i = 0; i < limit && com.InBufferCount() > 0; ++i) {
+    for (std::size_t i = 0; i < limit; ++i) {
+        if (com.InBufferCount() == 0) {
+            fc.DoEvents(grace);
+            if (com.InBufferCount() == 0)
+                break;
+        }
         const std::string one = com.Input();
         if (!one.empty())
             reply[i] = static_cast<uint8_t>(one[0]);
@@ -75,7 +88,7 @@ bool query(clsZEBReader& reader, const std::string& command, int16_t minimum, st
         basError::ReportDevice(proto::NoResponseStatus, location, proto::NoResponseTitle);
         return false;
     }
-    reply = readReply(fc.mscComm, limit);
+    reply = readReply(fc, limit);
     return true;
 }
 
