@@ -24,15 +24,13 @@ public:
     /// the reporting procedure.
     virtual int16_t RaiseError(int32_t& number, int32_t& kind, std::string& description,
                                std::string& location, std::string& title, std::string& text1,
-                               std::string& text2, std::string& text3, int32_t& constant,
-                               std::string& text4, std::string& text5, std::string& text6,
-                               bool& flag) = 0;
+                               std::string& text2, std::string& text3, int32_t& constant, std::string& text4,
+                               std::string& text5, std::string& text6, bool& flag) = 0;
 };
 
 /// Shows a modal report where no host error object is registered. style is 48
 /// (exclamation), title "Application Error".
-using MessageBoxHook =
-    std::function<void(const std::string& text, const std::string& title, int32_t style)>;
+using MessageBoxHook = std::function<void(const std::string& text, const std::string& title, int32_t style)>;
 
 /// Replaces the message box for the whole process; an empty hook restores the default,
 /// which writes the title and the text to standard error.

@@ -18,8 +18,7 @@ struct ArrayBounds {
 };
 
 /// Array with LBound/UBound semantics. Element access out of bounds throws std::out_of_range.
-template <class T>
-class SafeArray {
+template <class T> class SafeArray {
 public:
     SafeArray() = default;
 
@@ -88,8 +87,7 @@ private:
         if (dims() != 2 || r < bounds_[0].lower || r > bounds_[0].upper || c < bounds_[1].lower ||
             c > bounds_[1].upper)
             throw std::out_of_range("Subscript out of range");
-        return static_cast<std::size_t>(r - bounds_[0].lower) *
-                   static_cast<std::size_t>(bounds_[1].count()) +
+        return static_cast<std::size_t>(r - bounds_[0].lower) * static_cast<std::size_t>(bounds_[1].count()) +
                static_cast<std::size_t>(c - bounds_[1].lower);
     }
 

@@ -15,13 +15,13 @@
 
 namespace zebreader81 {
 
-template <class T>
-class Collection {
+template <class T> class Collection {
 public:
     int32_t count() const { return static_cast<int32_t>(items_.size()); }
 
     void add(std::shared_ptr<T> item, std::optional<std::string> key = {},
-             const std::optional<CollectionIndex>& before = {}, const std::optional<CollectionIndex>& after = {})
+             const std::optional<CollectionIndex>& before = {},
+             const std::optional<CollectionIndex>& after = {})
     {
         if (before && after)
             err::raise(err::InvalidProcedureCall);
@@ -32,10 +32,14 @@ public:
             at = indexOf(*before);
         else if (after)
             at = indexOf(*after) + 1;
-        items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(at), Entry{std::move(item), std::move(key)});
+        items_.insert(items_.begin() + static_cast<std::ptrdiff_t>(at),
+                      Entry{std::move(item), std::move(key)});
     }
 
-    void remove(const CollectionIndex& index) { items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(indexOf(index))); }
+    void remove(const CollectionIndex& index)
+    {
+        items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(indexOf(index)));
+    }
     void clear() { items_.clear(); }
 
     /// The member, or nullptr when the index names none.
@@ -63,7 +67,8 @@ private:
     static bool sameKey(const std::string& a, const std::string& b)
     {
         return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
-                   return std::tolower(static_cast<unsigned char>(x)) == std::tolower(static_cast<unsigned char>(y));
+                   return std::tolower(static_cast<unsigned char>(x)) ==
+                          std::tolower(static_cast<unsigned char>(y));
                });
     }
     std::size_t find(const std::string& key) const

@@ -99,8 +99,8 @@ int16_t ReportError(int32_t lineNumber, int32_t number, int32_t kind, std::strin
         bool flag = true;
         int16_t answer = 0;
         try {
-            answer = host->RaiseError(number, kind, description, location, title, t7, t8, t9,
-                                      constant, t11, t12, t13, flag);
+            answer = host->RaiseError(number, kind, description, location, title, t7, t8, t9, constant, t11,
+                                      t12, t13, flag);
         } catch (...) {
             host->Silent(keptSilent);
             throw;

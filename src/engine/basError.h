@@ -54,8 +54,7 @@ inline constexpr int32_t KindDevice = 2;
 
 /// Reports an error: to the thread's registered host object, else the message box.
 int16_t ReportError(int32_t lineNumber, int32_t number, int32_t kind, std::string description,
-                    std::string location, std::string title = {},
-                    std::optional<bool> silent = std::nullopt);
+                    std::string location, std::string title = {}, std::optional<bool> silent = std::nullopt);
 
 /// A device condition found by a driver (kind 2, number 0).
 void ReportDevice(const std::string& message, const std::string& location, const std::string& title,
@@ -72,8 +71,7 @@ void RegisterHost(std::shared_ptr<ErrorHost> host);
 
 /// Runs body under an error trap: a run-time error is reported at `location` and `onError`
 /// returned instead.
-template <class R, class F>
-R trap(const char* location, R onError, F&& body) noexcept
+template <class R, class F> R trap(const char* location, R onError, F&& body) noexcept
 {
     try {
         return body();
@@ -84,8 +82,7 @@ R trap(const char* location, R onError, F&& body) noexcept
 }
 
 /// trap() for procedures without a result.
-template <class F>
-void trapVoid(const char* location, F&& body) noexcept
+template <class F> void trapVoid(const char* location, F&& body) noexcept
 {
     try {
         body();

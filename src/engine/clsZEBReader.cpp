@@ -170,7 +170,10 @@ void clsZEBReader::Unadvise(int32_t cookie)
     std::erase_if(impl_->sinks, [cookie](const auto& entry) { return entry.first == cookie; });
 }
 
-void clsZEBReader::SetYieldCallback(std::function<void()> callback) { impl_->fComm->setYield(std::move(callback)); }
+void clsZEBReader::SetYieldCallback(std::function<void()> callback)
+{
+    impl_->fComm->setYield(std::move(callback));
+}
 
 // --- members only the component sees ------------------------------------------------------
 
@@ -180,7 +183,10 @@ frmComm& ReaderAccess::fComm(clsZEBReader& r) { return *r.impl_->fComm; }
 void ReaderAccess::Side1Array(clsZEBReader& r, const SafeArray<int16_t>& v) { r.impl_->side1Array = v; }
 void ReaderAccess::Side2Array(clsZEBReader& r, const SafeArray<int16_t>& v) { r.impl_->side2Array = v; }
 SafeArray<std::string> ReaderAccess::BarcodeArray(const clsZEBReader& r) { return r.impl_->barcodeArray; }
-void ReaderAccess::BarcodeArray(clsZEBReader& r, const SafeArray<std::string>& v) { r.impl_->barcodeArray = v; }
+void ReaderAccess::BarcodeArray(clsZEBReader& r, const SafeArray<std::string>& v)
+{
+    r.impl_->barcodeArray = v;
+}
 void ReaderAccess::Side1TimingMarks(clsZEBReader& r, int16_t v) { r.impl_->side1TimingMarks = v; }
 void ReaderAccess::Side2TimingMarks(clsZEBReader& r, int16_t v) { r.impl_->side2TimingMarks = v; }
 int16_t ReaderAccess::Side1RowsMax(const clsZEBReader& r) { return r.impl_->side1Rows.maximum; }

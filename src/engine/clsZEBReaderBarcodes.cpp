@@ -32,6 +32,9 @@ std::shared_ptr<clsZEBReaderBarcode> clsZEBReaderBarcodes::Item(const Collection
     return impl_->areas.tryItem(Index);
 }
 
-bool clsZEBReaderBarcodes::Exists(const CollectionIndex& Index) const { return impl_->areas.tryItem(Index) != nullptr; }
+bool clsZEBReaderBarcodes::Exists(const CollectionIndex& Index) const
+{
+    return impl_->areas.tryItem(Index) != nullptr;
+}
 
 } // namespace zebreader81

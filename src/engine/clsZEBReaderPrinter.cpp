@@ -76,7 +76,8 @@ int32_t clsZEBReaderPrinter::BufferCount() const
 int32_t clsZEBReaderPrinter::FilledBufferCount() const
 {
     const int32_t lines = BufferCount();
-    return (lines >= 1 && !buffer1_.empty()) + (lines >= 2 && !buffer2_.empty()) + (lines >= 3 && !buffer3_.empty());
+    return (lines >= 1 && !buffer1_.empty()) + (lines >= 2 && !buffer2_.empty()) +
+           (lines >= 3 && !buffer3_.empty());
 }
 
 int32_t clsZEBReaderPrinter::MinPosition() const { return enabled_ ? limitsOf(type_).minPosition : -1; }

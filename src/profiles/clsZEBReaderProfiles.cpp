@@ -31,7 +31,10 @@ std::shared_ptr<clsZEBReaderProfile> clsZEBReaderProfiles::Item(const Collection
     return impl_->profiles.tryItem(Index);
 }
 
-bool clsZEBReaderProfiles::Exists(const CollectionIndex& Index) const { return impl_->profiles.tryItem(Index) != nullptr; }
+bool clsZEBReaderProfiles::Exists(const CollectionIndex& Index) const
+{
+    return impl_->profiles.tryItem(Index) != nullptr;
+}
 
 zebProfileType clsZEBReaderProfiles::ProfileType() const { return impl_->mask; }
 

@@ -24,21 +24,25 @@ struct MessageBoxCapture {
 TEST(ReportError, MessageBoxTextStripsTheComponentNameAndAddsTheLine)
 {
     MessageBoxCapture box;
-    basError::ReportError(0, 5, 0, "Invalid procedure call or argument", "ZEBReader81 - clsZEBReader.ReadPage",
-                          "ignored title");
+    basError::ReportError(0, 5, 0, "Invalid procedure call or argument",
+                          "ZEBReader81 - clsZEBReader.ReadPage", "ignored title");
     EXPECT_EQ(box.text, "Error# 5: Invalid procedure call or argument, Location: clsZEBReader.ReadPage");
     EXPECT_EQ(box.title, "Application Error");
     EXPECT_EQ(box.style, 48);
 
-    basError::ReportError(12, 5, 0, "Invalid procedure call or argument", "ZEBReader81 - clsZEBReader.ReadPage");
-    EXPECT_EQ(box.text, "Error# 5: Invalid procedure call or argument, Location: clsZEBReader.ReadPage; Line: 12");
+    basError::ReportError(12, 5, 0, "Invalid procedure call or argument",
+                          "ZEBReader81 - clsZEBReader.ReadPage");
+    EXPECT_EQ(box.text,
+              "Error# 5: Invalid procedure call or argument, Location: clsZEBReader.ReadPage; Line: 12");
 }
 
 TEST(ReportError, ForwardsToTheHostAndRestoresSilent)
 {
     HostScope scope;
     scope.host->answer = 7;
-    EXPECT_EQ(basError::ReportError(0, 8002, 2, "msg", "ZEBReader81 - basRead.ReaderInit", "Invalid Port Number", true), 7);
+    EXPECT_EQ(basError::ReportError(0, 8002, 2, "msg", "ZEBReader81 - basRead.ReaderInit",
+                                    "Invalid Port Number", true),
+              7);
     const auto& r = scope.host->only();
     EXPECT_EQ(r.number, 8002);
     EXPECT_EQ(r.kind, 2);
@@ -90,8 +94,9 @@ TEST(ReportError, TrappedExceptionsBecomeRunTimeErrors)
 TEST(ReportError, AHostThatThrowsNeverReachesTheCaller)
 {
     struct Throwing : RecordingHost {
-        int16_t RaiseError(int32_t&, int32_t&, std::string&, std::string&, std::string&, std::string&, std::string&,
-                           std::string&, int32_t&, std::string&, std::string&, std::string&, bool&) override
+        int16_t RaiseError(int32_t&, int32_t&, std::string&, std::string&, std::string&, std::string&,
+                           std::string&, std::string&, int32_t&, std::string&, std::string&, std::string&,
+                           bool&) override
         {
             throw std::runtime_error("host failure");
         }

@@ -75,9 +75,9 @@ TEST(Imprinter, PositionsByModelAndMinusOneWhenDisabled)
     struct Row {
         int32_t type, min, max, chars;
     };
-    for (Row r : {Row{2, 0, 24, 24}, Row{32, 0, 24, 24}, Row{5, 0, 40, 40}, Row{6, 10, 25, 25}, Row{25, 0, 25, 25},
-                  Row{26, 10, 54, 54}, Row{8, 10, 245, 41}, Row{36, 10, 245, 41}, Row{12, 0, 135, 135},
-                  Row{29, 0, 135, 135}}) {
+    for (Row r : {Row{2, 0, 24, 24}, Row{32, 0, 24, 24}, Row{5, 0, 40, 40}, Row{6, 10, 25, 25},
+                  Row{25, 0, 25, 25}, Row{26, 10, 54, 54}, Row{8, 10, 245, 41}, Row{36, 10, 245, 41},
+                  Row{12, 0, 135, 135}, Row{29, 0, 135, 135}}) {
         clsZEBReaderPrinter p;
         p.SetType(r.type);
         EXPECT_EQ(p.MaxPosition(), -1) << r.type;

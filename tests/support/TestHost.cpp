@@ -29,7 +29,8 @@ void RecordingEvents::BeforeSheet(bool& b)
     b = !b;
 }
 
-void RecordingEvents::ReadSheet(SafeArray<int16_t>& s1, SafeArray<int16_t>& s2, SafeArray<std::string>& bc, bool& rej)
+void RecordingEvents::ReadSheet(SafeArray<int16_t>& s1, SafeArray<int16_t>& s2, SafeArray<std::string>& bc,
+                                bool& rej)
 {
     ++sheets;
     log.push_back(rej ? "ReadSheet(True)" : "ReadSheet(False)");

@@ -45,7 +45,8 @@ struct HostScope {
 class RecordingEvents : public ReaderEvents {
 public:
     void BeforeSheet(bool& b) override;
-    void ReadSheet(SafeArray<int16_t>& s1, SafeArray<int16_t>& s2, SafeArray<std::string>& bc, bool& rej) override;
+    void ReadSheet(SafeArray<int16_t>& s1, SafeArray<int16_t>& s2, SafeArray<std::string>& bc,
+                   bool& rej) override;
     void AfterSheet(bool& cancel) override;
     void BeforePrint(bool& cancel) override;
     void AfterPrint() override;

@@ -6,7 +6,10 @@
 namespace zebreader81::basApperson {
 
 bool InitReaderAP(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basApperson.InitReaderAP"); }
-bool CloseReaderAP(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basApperson.CloseReaderAP"); }
+bool CloseReaderAP(clsZEBReader& r)
+{
+    return reportUnsupported(r, "ZEBReader81 - basApperson.CloseReaderAP");
+}
 bool ReadPageAP(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basApperson.ReadPageAP"); }
 bool RejectPageAP(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basApperson.RejectPageAP"); }
 bool EjectPageAP(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basApperson.EjectPageAP"); }

@@ -5,7 +5,10 @@
 
 namespace zebreader81::basChatsworth {
 
-bool InitReaderCT(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basChatsworth.InitReaderCT"); }
+bool InitReaderCT(clsZEBReader& r)
+{
+    return reportUnsupported(r, "ZEBReader81 - basChatsworth.InitReaderCT");
+}
 bool ReadPageCT(clsZEBReader& r) { return reportUnsupported(r, "ZEBReader81 - basChatsworth.ReadPageCT"); }
 bool RejectPageCT(clsZEBReader& r, bool&)
 {

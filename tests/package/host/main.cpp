@@ -49,7 +49,8 @@ int main()
 
     int32_t count = 0;
     const bool result = reader.ReadBatch(false, 3, count);
-    std::cout << "ReadBatch: " << result << ", sheets: " << count << ", CancelScan: " << reader.CancelScan() << "\n";
+    std::cout << "ReadBatch: " << result << ", sheets: " << count << ", CancelScan: " << reader.CancelScan()
+              << "\n";
     const bool ok = !result && count == 0 && events->sheets == 0 && !errors->locations.empty() &&
                     errors->locations.front() == "basSekonicSR.InitReaderSR";
     std::cout << (ok ? "host: ok" : "host: FAILED") << "\n";
