@@ -3,6 +3,7 @@
 #include "channel/frmComm.h"
 #include "sim/Peer.h"
 #include "support/ScriptedFamily.h"
+#include "support/SilentScanner.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
@@ -11,16 +12,6 @@ namespace zebreader81::test {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-// A scanner that is plugged in and never answers: enough for the port to open.
-class SilentScanner : public sim::Peer {
-public:
-    SilentScanner() { start(); }
-    ~SilentScanner() override { stop(); }
-
-protected:
-    void onReceive(std::string_view) override {}
-};
 
 struct Init : ::testing::Test {
     HostScope errors;

@@ -4,6 +4,7 @@
 #include "sim/Peer.h"
 #include "sim/scantron/ScanMarkSimulator.h"
 #include "support/ScriptedFamily.h"
+#include "support/SilentScanner.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
@@ -14,15 +15,6 @@ namespace zebreader81::test {
 namespace {
 
 using Strings = std::vector<std::string>;
-
-class SilentScanner : public sim::Peer {
-public:
-    SilentScanner() { start(); }
-    ~SilentScanner() override { stop(); }
-
-protected:
-    void onReceive(std::string_view) override {}
-};
 
 bool reportedAt(const RecordingHost& host, const std::string& location)
 {
