@@ -93,12 +93,12 @@ struct EZDataFaults : ::testing::Test {
     void expectRecovery(bool newLine = false)
     {
         scanner->clearFaults();
+        scanner->clearOverrides();
+        reader.CancelScan(false);
         reader.EndReader();
         if (newLine)
             plugIn();
-        scanner->clearOverrides();
         errors.host->reports.clear();
-        reader.CancelScan(false);
         start();
         scanner->addSheet(grid(25));
         ASSERT_TRUE(reader.ReadPage());
