@@ -69,7 +69,10 @@ bool importRegFile(const std::string& path)
     }
     BadFileReportScope scope;
     bool ok = true;
-    for (const auto& [root, part] : byRoot) {
+    for (const auto& entry : byRoot) {
+        // Named copies: clang 14 cannot capture structured bindings.
+        const auto& root = entry.first;
+        const auto& part = entry.second;
         const Status s = settingsStore().update(root, [&](Hive& hive) {
             hive.apply(part, root);
             return true;

@@ -22,6 +22,10 @@ TEST(PdiProtocol, ThresholdReplyIsUpperCaseHexadecimal)
     EXPECT_EQ(parseThreshold("0A"), 10);
     for (const char* bad : {"", "f0", "G1", " 1"})
         EXPECT_FALSE(parseThreshold(bad)) << bad;
+    // Found by fuzz_pdi_protocol: a long run of digits overflowed the value.
+    EXPECT_EQ(parseThreshold("7FFFFFFF"), 0x7FFFFFFF);
+    EXPECT_FALSE(parseThreshold("8888888888888888F"));
+    EXPECT_FALSE(parseThreshold("80000000"));
     EXPECT_EQ(thresholdSteps(247, 240), "+++++++");
     EXPECT_EQ(thresholdSteps(199, 202), "---");
 }

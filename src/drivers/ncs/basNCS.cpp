@@ -32,9 +32,14 @@ constexpr int32_t maxModePolls = 10;
 thread_local std::string sReaderState;
 thread_local int32_t lSavedScanMode = 0;
 
+// Longest a drain keeps reading a line that never falls quiet; what follows then fails on
+// the babble and is reported, where an endless drain would hang the host.
+constexpr auto drainLimit = std::chrono::seconds(1);
+
 void drain(SerialControl& com)
 {
-    while (com.InBufferCount() > 0)
+    const auto until = std::chrono::steady_clock::now() + drainLimit;
+    while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
         com.Input();
 }
 

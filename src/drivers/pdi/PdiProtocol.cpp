@@ -2,6 +2,8 @@
 
 #include "engine/basError.h"
 
+#include <limits>
+
 namespace zebreader81::pdi {
 
 namespace {
@@ -44,6 +46,9 @@ std::optional<int32_t> parseThreshold(std::string_view reply)
         else if (c >= 'A' && c <= 'F')
             digit = c - 'A' + 10;
         else
+            return std::nullopt;
+        // Too many digits for any threshold: not a reading, and no overflow.
+        if (value > (std::numeric_limits<int32_t>::max() - digit) / 16)
             return std::nullopt;
         value = value * 16 + digit;
     }

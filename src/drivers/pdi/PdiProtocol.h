@@ -54,7 +54,7 @@ std::optional<std::string> statusFault(int status1);
 int32_t rowCount(int32_t waiting);
 
 /// Value of a threshold reply read as hexadecimal digits ("0"-"9", "A"-"F"); nothing when
-/// a character is outside them or the reply is empty.
+/// a character is outside them, the reply is empty or its value passes 32 bits.
 std::optional<int32_t> parseThreshold(std::string_view reply);
 
 /// The commands that move the scanner from `current` to `wanted`: "+" steps down, "-" up.

@@ -5,6 +5,7 @@
 #include "engine/ReaderAccess.h"
 #include "engine/basError.h"
 
+#include <chrono>
 #include <limits>
 
 namespace zebreader81::basPeripheralDynamics {
@@ -22,9 +23,14 @@ constexpr int32_t ReplyIntervalMs = 1000;
 
 void pause(int64_t ms) { frmComm::Sleep(ms); }
 
+// Longest a flush keeps reading a line that never falls quiet; what follows then fails on
+// the babble and is reported, where an endless flush would hang the host.
+constexpr auto flushLimit = std::chrono::seconds(1);
+
 void flush(SerialControl& com)
 {
-    while (com.InBufferCount() != 0)
+    const auto until = std::chrono::steady_clock::now() + flushLimit;
+    while (com.InBufferCount() != 0 && std::chrono::steady_clock::now() < until)
         com.Input();
 }
 

@@ -1,0 +1,59 @@
+#include "hardening/FaultSupport.h"
+
+namespace zebreader81::test {
+
+using namespace std::chrono_literals;
+
+HangGuard::HangGuard(clsZEBReader& reader, sim::Peer& peer, std::chrono::seconds limit)
+    : thread_([this, &reader, &peer, limit] {
+          std::unique_lock lock(mutex_);
+          if (over_.wait_for(lock, limit, [this] { return done_; }))
+              return;
+          fired_ = true;
+          reader.CancelScan(true);
+          peer.hangUp();
+      })
+{
+}
+
+HangGuard::~HangGuard()
+{
+    {
+        std::lock_guard lock(mutex_);
+        done_ = true;
+    }
+    over_.notify_all();
+    thread_.join();
+}
+
+OnLine::OnLine(sim::Peer& peer, std::size_t total, std::function<void()> action,
+               std::chrono::milliseconds after)
+    : thread_([this, &peer, total, action = std::move(action), after] {
+          while (!stop_ && peer.sent().size() < total)
+              std::this_thread::sleep_for(2ms);
+          if (stop_)
+              return;
+          std::this_thread::sleep_for(after);
+          action();
+      })
+{
+}
+
+OnLine::~OnLine()
+{
+    stop_ = true;
+    thread_.join();
+}
+
+CancelWhenWaiting::CancelWhenWaiting(clsZEBReader& reader, sim::Peer& peer, std::size_t total)
+    : thread_([&reader, &peer, total] {
+          if (peer.waitReceived(total, 5s))
+              std::this_thread::sleep_for(150ms);
+          reader.CancelScan(true);
+      })
+{
+}
+
+CancelWhenWaiting::~CancelWhenWaiting() { thread_.join(); }
+
+} // namespace zebreader81::test
