@@ -138,10 +138,10 @@ TEST_F(EZDataFaults, GarbageInsteadOfTheEnableAnswerOrInTheSheet)
     scanner->overrideAnswer("E", "G\r");
     {
         OnLine noise(
-            *scanner, scanner->sent().size() + 2, [this] { scanner->inject("\x21\x60\x05"); }, 700ms);
+            *scanner, scanner->sent().size() + 2, [this] { scanner->inject("\x21\x60\x85"); }, 700ms);
         failingRead();
     }
-    expectReport("EZData Scanner - Unexpected data returned from scanner (ENABLE2): \x21\x60\x05");
+    expectReport("EZData Scanner - Unexpected data returned from scanner (ENABLE2): \x21\x60\x85");
     expectRecovery();
 }
 
