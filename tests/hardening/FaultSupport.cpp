@@ -2,6 +2,16 @@
 
 namespace zebreader81::test {
 
+sim::Sheet sheetOf(int rows, int cols, const std::function<int(int, int)>& strength)
+{
+    sim::Sheet s;
+    s.side1.assign(static_cast<std::size_t>(rows), std::vector<int>(static_cast<std::size_t>(cols)));
+    for (int r = 1; r <= rows; ++r)
+        for (int c = 1; c <= cols; ++c)
+            s.side1[static_cast<std::size_t>(r - 1)][static_cast<std::size_t>(c - 1)] = strength(r, c);
+    return s;
+}
+
 using namespace std::chrono_literals;
 
 HangGuard::HangGuard(clsZEBReader& reader, sim::Peer& peer, std::chrono::seconds limit)

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "sim/Peer.h"
+#include "sim/Sheet.h"
 #include "zebreader81/zebreader81.h"
 
 #include <atomic>
@@ -13,6 +14,9 @@
 #include <thread>
 
 namespace zebreader81::test {
+
+/// A single-sided sheet of rows x cols cells; `strength(row, col)` (both from 1) gives each cell.
+sim::Sheet sheetOf(int rows, int cols, const std::function<int(int, int)>& strength);
 
 /// Bounds one fault case: when the case is not over after `limit` (far beyond any time-out
 /// the case uses), it cancels the scan and hangs up the line so that the test ends, and

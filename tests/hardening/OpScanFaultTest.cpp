@@ -16,11 +16,7 @@ const std::string noResponse = "No Response";
 
 sim::Sheet grid(int rows, int seed)
 {
-    sim::Sheet s;
-    s.side1.assign(static_cast<std::size_t>(rows), std::vector<int>(48));
-    for (int r = 0; r < rows; ++r)
-        for (int c = 0; c < 48; ++c)
-            s.side1[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] = (r * 3 + c + seed) % 16;
+    auto s = sheetOf(rows, 48, [seed](int r, int c) { return ((r - 1) * 3 + (c - 1) + seed) % 16; });
     s.barcodes = {"42"};
     return s;
 }

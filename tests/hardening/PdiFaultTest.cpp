@@ -21,12 +21,7 @@ bool marked(int row, int col) { return (row + 2 * col) % 5 == 0; }
 
 sim::Sheet grid(int rows)
 {
-    sim::Sheet s;
-    s.side1.assign(static_cast<std::size_t>(rows), std::vector<int>(12));
-    for (int r = 1; r <= rows; ++r)
-        for (int c = 1; c <= 12; ++c)
-            s.side1[static_cast<std::size_t>(r - 1)][static_cast<std::size_t>(c - 1)] = marked(r, c) ? 9 : 0;
-    return s;
+    return sheetOf(rows, 12, [](int r, int c) { return marked(r, c) ? 9 : 0; });
 }
 
 struct PdiFaults : ::testing::Test {

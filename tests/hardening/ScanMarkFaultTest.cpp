@@ -20,12 +20,7 @@ int strength(int row, int col, int seed) { return (row + 2 * col + seed) % 13; }
 
 sim::Sheet grid(int seed)
 {
-    sim::Sheet s;
-    s.side1.assign(10, std::vector<int>(20));
-    for (int r = 0; r < 10; ++r)
-        for (int c = 0; c < 20; ++c)
-            s.side1[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] = strength(r + 1, c + 1, seed);
-    return s;
+    return sheetOf(10, 20, [seed](int r, int c) { return strength(r, c, seed); });
 }
 
 SafeArray<int16_t> perSheet(int16_t value)
