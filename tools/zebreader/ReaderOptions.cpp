@@ -4,6 +4,7 @@
 #include "ModelName.h"
 #include "SettingsFiles.h"
 
+#include "registry/SettingsStore.h"
 #include "registry/SettingsValues.h"
 #include "zebreader81/clsZEBReaderProfile.h"
 #include "zebreader81/clsZEBReaderProfiles.h"
@@ -147,6 +148,7 @@ void ReaderOptions::addTo(CLI::App& c, bool withSettingsKey)
 
 bool ReaderOptions::apply(clsZEBReader& reader) const
 {
+    registry::BadFileReportScope oneReport;
     std::optional<zebReaderType> type;
     if (!model.empty())
         type = parseModel(model);
