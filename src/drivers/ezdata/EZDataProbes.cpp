@@ -1,5 +1,6 @@
 #include "drivers/ezdata/EZDataProbes.h"
 
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 #include "drivers/ReaderAccess.h"
@@ -62,8 +63,7 @@ bool LocateNCSEZ(clsZEBReader& reader, int16_t& port)
         ProbePort probe(reader, port);
         auto& com = probe.com();
         com.Output(std::string{DC2} + "R7777" + DC2 + "I00" + DC2 + "E");
-        frmComm::Sleep(100);
-        if (com.InBufferCount() != 2)
+        if (wait::waitingAfter(com, 100) != 2)
             return false;
         com.InputLen(0);
         return com.Input() == std::string{'G', CR};
@@ -78,8 +78,7 @@ bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
         ProbePort probe(reader, reader.Port());
         auto& com = probe.com();
         com.Output(std::string{DC2, ESC} + "V" + DC2 + "E");
-        frmComm::Sleep(100);
-        if (com.InBufferCount() <= 0)
+        if (wait::waitingAfter(com, 100) <= 0)
             return false;
         com.InputLen(0);
         const std::string reply = com.Input();
