@@ -103,6 +103,8 @@ void FlushInputST(clsZEBReader& reader)
         const auto until = std::chrono::steady_clock::now() + flushLimit;
         while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
             com.Input();
+        if (com.InBufferCount() == 0)
+            com.purgeInput();
     } catch (...) {
     }
 }

@@ -43,6 +43,9 @@ public:
     /// Blocks until input is readable (True), `wakeFd` is signalled or `timeout` passes
     /// (negative: no limit). A hang-up raises.
     virtual bool waitReadable(std::chrono::milliseconds timeout, int wakeFd) = 0;
+    /// Discards input still held beyond this process, where the transport keeps some (a network
+    /// server's buffer); a drain calls it once the buffer is empty.
+    virtual void purgeInput() {}
 };
 
 /// Opens the device at `path` exclusively in raw mode with an empty input queue: 8002 when it

@@ -1,5 +1,6 @@
 #include "channel/frmComm.h"
 
+#include "channel/NetworkPort.h"
 #include "engine/basError.h"
 
 #include <algorithm>
@@ -66,7 +67,10 @@ void SerialControl::PortOpen(bool value)
         return;
     }
     if (value) {
-        backend_ = openPosixSerial(resolvePortPath(commPort_), LineSettings::parse(settings_), handshaking_);
+        const auto path = resolvePortPath(commPort_);
+        const auto settings = LineSettings::parse(settings_);
+        backend_ = isNetworkPort(path) ? openNetworkSerial(path, settings, handshaking_)
+                                       : openPosixSerial(path, settings, handshaking_);
     } else {
         backend_.reset();
     }
@@ -155,6 +159,8 @@ void SerialControl::Output(const std::string& value)
     if (!value.empty() && trace_)
         trace_(true, value);
 }
+
+void SerialControl::purgeInput() { open().purgeInput(); }
 
 bool SerialControl::waitReadable(milliseconds timeout, int wakeFd)
 {
