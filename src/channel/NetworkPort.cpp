@@ -2,7 +2,7 @@
 
 #include "channel/NetBackends.h"
 #include "channel/TcpLink.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <algorithm>
 #include <cctype>

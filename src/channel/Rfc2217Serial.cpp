@@ -6,7 +6,7 @@
 #include "channel/Rfc2217.h"
 #include "channel/TcpLink.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <algorithm>
 #include <chrono>
@@ -84,7 +84,7 @@ public:
         written = bytes.size();
     }
 
-    bool waitReadable(milliseconds timeout, int wakeFd) override
+    bool waitReadable(milliseconds timeout, WakeSignal& wake) override
     {
         // Negotiation and notifications wake the poll too, but are no input.
         const auto until = Clock::now() + timeout;
@@ -92,7 +92,7 @@ public:
             const auto left = timeout.count() < 0
                                   ? timeout
                                   : std::max(milliseconds(0), ceil<milliseconds>(until - Clock::now()));
-            if (!link_.wait(left, wakeFd))
+            if (!link_.wait(left, static_cast<int>(wake.nativeHandle())))
                 return false;
             pump();
             if (data_.empty() && timeout.count() >= 0 && Clock::now() >= until)

@@ -1,6 +1,6 @@
 #include "channel/TcpLink.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -17,9 +17,9 @@ public:
     std::size_t readAvailable(std::string& into) override { return link_.readAvailable(into); }
     std::size_t pendingCount() override { return link_.pendingCount(); }
     void write(std::string_view bytes, std::size_t& written) override { link_.write(bytes, written); }
-    bool waitReadable(std::chrono::milliseconds timeout, int wakeFd) override
+    bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake) override
     {
-        return link_.wait(timeout, wakeFd);
+        return link_.wait(timeout, static_cast<int>(wake.nativeHandle()));
     }
 
 private:

@@ -3,7 +3,7 @@
 #include "channel/ChannelPeers.h"
 #include "channel/Rfc2217.h"
 #include "channel/frmComm.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <gtest/gtest.h>
 #include <netinet/in.h>
