@@ -76,6 +76,8 @@ void drain(SerialControl& com, std::chrono::milliseconds limit)
         const auto until = std::chrono::steady_clock::now() + limit;
         while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
             com.Input();
+        if (com.InBufferCount() == 0)
+            com.purgeInput();
     } catch (...) {
     }
 }

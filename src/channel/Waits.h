@@ -43,7 +43,8 @@ std::optional<unsigned char> takeByte(SerialControl& com);
 /// Every byte waiting, taken one at a time, without waiting for more.
 std::string takeWaiting(SerialControl& com);
 /// Takes and drops everything waiting until the line is quiet or `limit` passes (a line
-/// that never falls quiet is given up on). Every error is ignored.
+/// that never falls quiet is given up on); a quiet line also has the transport purge what it
+/// still holds (a network server's buffer). Every error is ignored.
 void drain(SerialControl& com, std::chrono::milliseconds limit);
 
 } // namespace wait

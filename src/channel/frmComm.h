@@ -49,6 +49,8 @@ public:
     /// Moves what the OS holds into the receive buffer; returns how many bytes came. Used by
     /// the waits.
     std::size_t fillBuffer();
+    /// Discards input the transport still holds beyond the OS (see SerialBackend::purgeInput).
+    void purgeInput();
     /// Blocks until more input may have arrived (True), `wake` is set or `timeout` passes
     /// (negative: no limit). A hang-up raises.
     bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake);
