@@ -1,6 +1,7 @@
 #include "sim/Simulators.h"
 
 #include "sim/SheetFile.h"
+#include "sim/chatsworth/ChatsworthSimulator.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "sim/pdi/PdiSimulator.h"
@@ -14,7 +15,7 @@ namespace zebreader81::sim {
 
 namespace {
 
-enum class Kind { None, OpScan, ScanMark, PDI, EZData };
+enum class Kind { None, OpScan, ScanMark, PDI, EZData, Chatsworth };
 
 Kind kindOf(int32_t t)
 {
@@ -41,6 +42,11 @@ Kind kindOf(int32_t t)
     case 24: return Kind::PDI;
     case 23:
     case 37: return Kind::EZData;
+    case 20:
+    case 21:
+    case 22:
+    case 35:
+    case 41: return Kind::Chatsworth;
     default: return Kind::None;
     }
 }
@@ -56,6 +62,7 @@ const FamilyEntry families[] = {
     {Kind::ScanMark, {"scanmark", 14, "ScanMark / 8000 (types 11-17, 27-29)"}},
     {Kind::PDI,      {"pdi",      24, "PDI VMR138 (type 24)"}},
     {Kind::EZData,   {"ezdata",   23, "EZData (types 23, 37)"}},
+    {Kind::Chatsworth, {"chatsworth", 20, "Chatsworth (types 20-22, 35, 41)"}},
 };
 // clang-format on
 
@@ -93,6 +100,7 @@ std::unique_ptr<Peer> makeSimulator(int32_t readerType, std::vector<Sheet> sheet
     case Kind::ScanMark: return std::make_unique<ScanMarkSimulator>(readerType, std::move(sheets));
     case Kind::PDI: return std::make_unique<PdiSimulator>(std::move(sheets));
     case Kind::EZData: return std::make_unique<EZDataSimulator>(std::move(sheets));
+    case Kind::Chatsworth: return std::make_unique<ChatsworthSimulator>(std::move(sheets));
     default: return nullptr;
     }
 }
@@ -103,15 +111,16 @@ LineRate defaultLine(int32_t readerType)
     case Kind::OpScan: return {38400, 11.0}; // 7 data bits, odd parity, 2 stop bits
     case Kind::ScanMark:
         return {readerType == 29 ? 9600 : 19200, 11.0}; // 8 data bits, no parity, 2 stop bits
-    case Kind::EZData: return {9600, 10.0};             // 7 data bits, even parity, 1 stop bit
-    default: return {9600, 10.0};                       // 8 data bits, no parity, 1 stop bit
+    case Kind::EZData:
+    case Kind::Chatsworth: return {9600, 10.0}; // 7 data bits, even parity, 1 stop bit
+    default: return {9600, 10.0};               // 8 data bits, no parity, 1 stop bit
     }
 }
 
 std::vector<Sheet> sampleSheets(int32_t readerType)
 {
     const Kind kind = kindOf(readerType);
-    if (kind == Kind::PDI || kind == Kind::EZData)
+    if (kind == Kind::PDI || kind == Kind::EZData || kind == Kind::Chatsworth)
         return parseSheets(samples::answerCards, "answer-cards.txt");
     return parseSheets(samples::answerSheets, "answer-sheets.txt");
 }

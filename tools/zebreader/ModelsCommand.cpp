@@ -22,7 +22,8 @@ namespace {
 // The families whose wire protocol this build speaks.
 bool familyIsRead(Family f)
 {
-    return f == Family::OpScan || f == Family::ScanMark || f == Family::EZData || f == Family::PDI;
+    return f == Family::OpScan || f == Family::ScanMark || f == Family::EZData || f == Family::PDI ||
+           f == Family::Chatsworth;
 }
 
 const char* interfaceName(zebReaderInterfaceType t)
