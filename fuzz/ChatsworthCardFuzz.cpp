@@ -1,10 +1,10 @@
 // A Chatsworth card in binary conversion: two bytes per row, one bit per column, ended by CR,
 // every data byte 32 to 127, at most 126 rows.
 #include "FuzzSupport.h"
-#include "drivers/chatsworth/CardDecoder.h"
+#include "drivers/ChatsworthCard.h"
 
 using namespace zebreader81;
-using omr::CardDecoder;
+using chatsworth::CardDecoder;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
 {

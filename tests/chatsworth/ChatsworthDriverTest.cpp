@@ -1,11 +1,10 @@
 // The Chatsworth driver end to end: the reader object against the simulated card reader.
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
+#include "hardening/FaultSupport.h"
 #include "sim/chatsworth/ChatsworthSimulator.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
-
-#include <thread>
 
 namespace zebreader81::test {
 namespace {
@@ -68,15 +67,11 @@ struct Chatsworth : ::testing::Test {
         EXPECT_EQ(r.location, "basChatsworth." + procedure);
     }
 
-    // Runs `action` once the driver waits for the card (its enable is answered).
-    std::thread whileWaitingForTheCard(std::function<void()> action)
+    // Runs `action` `after` the enable was answered, while the driver waits for the card.
+    std::unique_ptr<OnLine> whileWaitingForTheCard(std::function<void()> action,
+                                                   std::chrono::milliseconds after = 100ms)
     {
-        return std::thread([this, action] {
-            for (int i = 0; i < 500 && (scanner->words().empty() || scanner->words().back() != "E"); ++i)
-                std::this_thread::sleep_for(10ms);
-            std::this_thread::sleep_for(100ms);
-            action();
-        });
+        return std::make_unique<OnLine>(*scanner, scanner->sent().size() + 2, std::move(action), after);
     }
 };
 
@@ -245,12 +240,11 @@ TEST_F(Chatsworth, RefusedEnableAndAHopperThatFeedsNothingAreReported)
 TEST_F(Chatsworth, HandFedWaitEndsOnlyByCancelScanAndQuietly)
 {
     ASSERT_TRUE(reader.StartReader());
-    auto canceller = whileWaitingForTheCard([&] {
-        std::this_thread::sleep_for(1200ms); // beyond TimeOut: no time-out while hand-fed
-        reader.CancelScan(true);
-    });
-    EXPECT_FALSE(reader.ReadPage());
-    canceller.join();
+    {
+        // Beyond TimeOut: a hand-fed card has no time-out.
+        const auto canceller = whileWaitingForTheCard([&] { reader.CancelScan(true); }, 1200ms);
+        EXPECT_FALSE(reader.ReadPage());
+    }
     EXPECT_TRUE(errors.host->reports.empty());
     EXPECT_TRUE(events->side1.empty());
     EXPECT_EQ(scanner->words().back(), "D") << "no card comes in unasked after the cancel";
@@ -269,29 +263,15 @@ TEST_F(Chatsworth, BadCardDataIsReported)
         reader.CancelScan(false);
         newScanner();
         ASSERT_TRUE(reader.StartReader());
-        auto feeder = whileWaitingForTheCard([&, b = bytes] { scanner->inject(b); });
-        EXPECT_FALSE(reader.ReadPage());
-        feeder.join();
+        {
+            const auto feeder = whileWaitingForTheCard([&, b = bytes] { scanner->inject(b); });
+            EXPECT_FALSE(reader.ReadPage());
+        }
         expectReport(message, "ReadPageCT");
         EXPECT_TRUE(reader.CancelScan());
         EXPECT_EQ(scanner->words().back(), "D") << "the transport is shut after a failed read";
         reader.EndReader();
     }
-}
-
-TEST_F(Chatsworth, LocateAndFirmwareUseTheCommandSet)
-{
-    sim::mapPort(1, scanner->path());
-    reader.Port(9);
-    ASSERT_TRUE(reader.Locate());
-    EXPECT_EQ(reader.Port(), 1);
-    EXPECT_EQ(scanner->words(), Words{kDownload});
-
-    std::string firmware;
-    ASSERT_TRUE(reader.Firmware(firmware));
-    EXPECT_EQ(firmware, "OMR-1100 - Version 1.04");
-    EXPECT_EQ(scanner->words().back(), "V");
-    EXPECT_TRUE(errors.host->reports.empty());
 }
 
 } // namespace

@@ -1,25 +1,12 @@
-// The card reader command set on bytes: frames, downloads, answers, flags, the status byte and
-// the two-bytes-per-row card.
-#include "drivers/chatsworth/CommandSet.h"
-#include "drivers/chatsworth/CardDecoder.h"
+// The card reader command set on bytes: answers, flags, the status byte and which bytes a card
+// may hold (the bit layout is checked end to end against the simulator).
+#include "drivers/ChatsworthCard.h"
+#include "drivers/ChatsworthCommandSet.h"
 
 #include <gtest/gtest.h>
 
-namespace zebreader81::omr {
+namespace zebreader81::chatsworth {
 namespace {
-
-TEST(CommandSet, DownloadsAndExtendedCommandsAreFramedByDc2)
-{
-    EXPECT_EQ(binaryDownload(), "\x12R7777\x12I00\x12"
-                                "E");
-    EXPECT_EQ(download({}), "\x12"
-                            "E");
-    EXPECT_EQ(frame("EF"), "\x12\x1b"
-                           "EF\x12"
-                           "E");
-    EXPECT_EQ(setFlagsWord(0x03), "SETFLAGS03");
-    EXPECT_EQ(setFlagsWord(0xAB), "SETFLAGSAB");
-}
 
 TEST(CommandSet, AnswersAreAcceptedRefusedOrOther)
 {
@@ -44,10 +31,7 @@ TEST(CommandSet, FlagsAreTwoHexDigitsAtPositionsFourAndFive)
     EXPECT_EQ(flagsOf(parseConfigText("22 C3")), 0xc3);
     for (const char* bad : {"22 0", "22 0G 80", "22 -1 80", ""})
         EXPECT_EQ(flagsOf(parseConfigText(bad)), std::nullopt) << bad;
-    const auto c = parseConfigText("22 03 80 EVEINL80 1.5 ");
-    EXPECT_EQ(c.state, "INL");
-    EXPECT_EQ(c.thresholdCode, "80");
-    EXPECT_EQ(c.decay, "1.5");
+    EXPECT_EQ(setFlagsWord(0xAB), "SETFLAGSAB");
 }
 
 TEST(CommandSet, StatusByteComesWithCrAndMayFollowAG)
@@ -58,32 +42,6 @@ TEST(CommandSet, StatusByteComesWithCrAndMayFollowAG)
     EXPECT_EQ(statusOf("G\r"), 'G') << "two bytes: the first is the status";
     for (const char* bad : {"", "\r", "\x01", "\x01\x02\r", "X\x01\r"})
         EXPECT_EQ(statusOf(bad), std::nullopt) << bad;
-}
-
-std::string rowBytes(char first, char second) { return std::string{first, second}; }
-
-TEST(CardDecoder, TwoBytesARowOneBitAColumnAndBlankRowsCount)
-{
-    // Row 1: columns 12 and 7 (bits 1 and 64 of the first byte); row 2 blank; row 3: columns 6
-    // and 1 (bits 1 and 64 of the second byte); row 4: every column (127, 127).
-    CardDecoder card(7, 126, CardDecoder::Bytes::Printable);
-    const std::string data =
-        rowBytes(0x61, 0x20) + rowBytes(0x20, 0x20) + rowBytes(0x20, 0x61) + rowBytes(0x7f, 0x7f) + "\r";
-    for (std::size_t i = 0; i + 1 < data.size(); ++i)
-        ASSERT_EQ(card.feed(data[i]), CardDecoder::Step::More) << i;
-    ASSERT_EQ(card.feed('\r'), CardDecoder::Step::End);
-    EXPECT_EQ(card.rowsDone(), 4);
-    EXPECT_EQ(card.byteCount(), 9);
-    const auto& s = card.sheet();
-    ASSERT_EQ(s.UBound(1), 126);
-    ASSERT_EQ(s.UBound(2), 12);
-    for (int32_t c = 1; c <= 12; ++c) {
-        EXPECT_EQ(s(1, c), c == 12 || c == 7 ? 7 : 0) << c;
-        EXPECT_EQ(s(2, c), 0) << c;
-        EXPECT_EQ(s(3, c), c == 6 || c == 1 ? 7 : 0) << c;
-        EXPECT_EQ(s(4, c), 7) << c;
-    }
-    EXPECT_EQ(s(5, 1), 0);
 }
 
 TEST(CardDecoder, PrintableCardsTakeOnly32To127SevenBitOnesAnyByteBelow128)
@@ -113,4 +71,4 @@ TEST(CardDecoder, ARowBeyondTheLastIsTooLongAndChangesNothing)
 }
 
 } // namespace
-} // namespace zebreader81::omr
+} // namespace zebreader81::chatsworth

@@ -184,22 +184,5 @@ TEST_F(ChatsworthFaults, CommandWhileTheCardMovesIsIgnoredAndReported)
     expectRecovery();
 }
 
-TEST_F(ChatsworthFaults, GarbageInsteadOfTheEnableAnswerOrInTheCard)
-{
-    start();
-    scanner->overrideAnswer("E", "x#\r");
-    failingRead();
-    expectReport("Unexpected answer from the scanner to the enable command.");
-
-    errors.host->reports.clear();
-    reader.CancelScan(false);
-    scanner->clearOverrides();
-    scanner->addSheet(grid(10));
-    scanner->garble(2 + 6); // the enable answer goes too
-    failingRead();
-    EXPECT_EQ(errors.host->reports.size(), 1u);
-    expectRecovery();
-}
-
 } // namespace
 } // namespace zebreader81::test

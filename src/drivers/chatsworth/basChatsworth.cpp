@@ -1,18 +1,19 @@
 #include "drivers/chatsworth/basChatsworth.h"
 
-#include "channel/Probes.h"
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
-#include "drivers/chatsworth/CardDecoder.h"
-#include "drivers/chatsworth/CommandSet.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ChatsworthCard.h"
+#include "drivers/ChatsworthCommandSet.h"
+#include "drivers/ReaderAccess.h"
 
+#include <chrono>
 #include <limits>
 #include <optional>
 
 namespace zebreader81::basChatsworth {
 
-using namespace omr;
+using namespace chatsworth;
 
 namespace {
 
@@ -24,6 +25,8 @@ constexpr const char* RejectLocation = "ZEBReader81 - basChatsworth.RejectPageCT
 constexpr int32_t CardRows = 126;
 // A card stuck in the transport is sent out at most this often before the init gives up.
 constexpr int MaxTransportEjects = 3;
+// Longest a drain keeps reading a line that never falls quiet.
+constexpr auto drainLimit = std::chrono::seconds(1);
 // Longer than any answer but a card: the echo of a refused command and "?" CR.
 constexpr std::size_t MaxAnswer = 64;
 
@@ -97,7 +100,7 @@ std::optional<char> byteUnlessCancelled(clsZEBReader& reader)
 std::string converse(clsZEBReader& reader, const std::string& bytes)
 {
     auto& fc = Reader::fComm(reader);
-    FlushInputST(reader);
+    wait::drain(fc.mscComm, drainLimit);
     fc.mscComm.Output(bytes);
     Armed armed(fc.tmrScan);
     std::string answer;
@@ -188,7 +191,7 @@ bool checkStatus(clsZEBReader& reader)
 }
 
 // A card that stopped short: the status tells a jam from a line that fell silent.
-bool cardStopped(clsZEBReader& reader, const omr::CardDecoder& decoder)
+bool cardStopped(clsZEBReader& reader, const chatsworth::CardDecoder& decoder)
 {
     const auto status = askStatus(reader, ReadLocation);
     if (!status)

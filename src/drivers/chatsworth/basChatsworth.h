@@ -1,5 +1,5 @@
 // Chatsworth Data card readers (OMR1100, OMR2000, ALS AccelScan, ACF-200, ACP-200), driven by
-// the maker's card reader command set (drivers/chatsworth/CommandSet.h).
+// the maker's card reader command set (drivers/ChatsworthCommandSet.h).
 //
 // The reader runs with feed control (one enable admits one card) and exit control (a card
 // waits after its data until it is sent out): the ALS AccelScan's card waits for RejectPageCT,

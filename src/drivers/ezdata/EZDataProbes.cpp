@@ -1,9 +1,10 @@
-#include "channel/Probes.h"
+#include "drivers/ezdata/EZDataProbes.h"
 
-#include "channel/basRead.h"
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ChatsworthCommandSet.h"
+#include "drivers/ReaderAccess.h"
+#include "drivers/basRead.h"
 
 #include <chrono>
 
@@ -11,12 +12,7 @@ namespace zebreader81 {
 
 namespace {
 
-constexpr char DC2 = 18;
-constexpr char ESC = 27;
-constexpr char CR = 13;
-
-// Longest a flush keeps draining a line that never falls quiet.
-constexpr auto flushLimit = std::chrono::seconds(1);
+using chatsworth::CR;
 
 // The probe opens the port itself; a port that was already open (against the rules) is not
 // the probe's to close.
@@ -64,7 +60,7 @@ bool LocateNCSEZ(clsZEBReader& reader, int16_t& port)
     try {
         ProbePort probe(reader, port);
         auto& com = probe.com();
-        com.Output(std::string{DC2} + "R7777" + DC2 + "I00" + DC2 + "E");
+        com.Output(chatsworth::binaryDownload());
         frmComm::Sleep(100);
         if (com.InBufferCount() != 2)
             return false;
@@ -80,7 +76,7 @@ bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
     try {
         ProbePort probe(reader, reader.Port());
         auto& com = probe.com();
-        com.Output(std::string{DC2, ESC} + "V" + DC2 + "E");
+        com.Output(chatsworth::frame("V"));
         frmComm::Sleep(100);
         if (com.InBufferCount() <= 0)
             return false;
@@ -93,17 +89,6 @@ bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
         return true;
     } catch (...) {
         return false;
-    }
-}
-
-void FlushInputST(clsZEBReader& reader)
-{
-    try {
-        auto& com = Reader::fComm(reader).mscComm;
-        const auto until = std::chrono::steady_clock::now() + flushLimit;
-        while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
-            com.Input();
-    } catch (...) {
     }
 }
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace zebreader81::omr {
+namespace zebreader81::chatsworth {
 
 inline constexpr char DC2 = 18;
 inline constexpr char ESC = 27;
@@ -73,4 +73,4 @@ inline constexpr uint8_t TestMode = 64;
 /// other answer.
 std::optional<uint8_t> statusOf(std::string_view answer);
 
-} // namespace zebreader81::omr
+} // namespace zebreader81::chatsworth

@@ -3,7 +3,7 @@
 // port work is in basNCSEZData.
 #pragma once
 
-#include "drivers/chatsworth/CommandSet.h"
+#include "drivers/ChatsworthCommandSet.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,9 +13,9 @@
 
 namespace zebreader81::ezdata {
 
-using omr::CR;
-using omr::DC2;
-using omr::ESC;
+using chatsworth::CR;
+using chatsworth::DC2;
+using chatsworth::ESC;
 
 /// Command words.
 namespace word {
@@ -32,13 +32,13 @@ inline constexpr std::string_view Accept = "EF";
 inline constexpr std::string_view Disable = "D";
 } // namespace word
 
-using omr::frame;
+using chatsworth::frame;
 
 // The EZData wants line code "22", flags "03", timing "80", state "INL", a threshold code
 // "60", "62" ... "78" for threshold 0 to 9 and decay "1.5".
-using omr::ConfigText;
-using omr::ConfigTextLength;
-using omr::parseConfigText;
+using chatsworth::ConfigText;
+using chatsworth::ConfigTextLength;
+using chatsworth::parseConfigText;
 /// "G", the configuration text, CR.
 inline constexpr std::size_t ConfigAnswerLength = ConfigTextLength + 2;
 

@@ -1,19 +1,19 @@
 // EZData sheet stream: the card reader's binary conversion, 150 rows, ended by CR.
 #pragma once
 
-#include "drivers/chatsworth/CardDecoder.h"
+#include "drivers/ChatsworthCard.h"
 
 #include <cstdint>
 
 namespace zebreader81::ezdata {
 
 /// Decodes the sheet stream one byte at a time into a 150 by 12 array (bit layout in
-/// omr::CardDecoder). A byte without the data flag is still read for its marks; only a byte
+/// chatsworth::CardDecoder). A byte without the data flag is still read for its marks; only a byte
 /// with bit 128 is refused.
 class SheetDecoder {
 public:
     static constexpr int32_t Rows = 150;
-    static constexpr int32_t Columns = omr::CardDecoder::Columns;
+    static constexpr int32_t Columns = chatsworth::CardDecoder::Columns;
 
     enum class Step {
         More,    ///< byte taken, the sheet goes on
@@ -34,7 +34,7 @@ public:
     int32_t byteCount() const { return card_.byteCount(); }
 
 private:
-    omr::CardDecoder card_;
+    chatsworth::CardDecoder card_;
 };
 
 } // namespace zebreader81::ezdata

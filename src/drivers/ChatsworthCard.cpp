@@ -1,10 +1,10 @@
-#include "drivers/chatsworth/CardDecoder.h"
+#include "drivers/ChatsworthCard.h"
 
-#include "drivers/chatsworth/CommandSet.h"
+#include "drivers/ChatsworthCommandSet.h"
 
 #include <array>
 
-namespace zebreader81::omr {
+namespace zebreader81::chatsworth {
 
 namespace {
 
@@ -50,4 +50,4 @@ CardDecoder::Step CardDecoder::feed(char byte)
     return Step::More;
 }
 
-} // namespace zebreader81::omr
+} // namespace zebreader81::chatsworth

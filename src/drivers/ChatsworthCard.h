@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace zebreader81::omr {
+namespace zebreader81::chatsworth {
 
 /// Decodes a card one byte at a time into a rows by 12 array.
 ///
@@ -53,4 +53,4 @@ private:
     int32_t byteCount_ = 0;
 };
 
-} // namespace zebreader81::omr
+} // namespace zebreader81::chatsworth

@@ -1,8 +1,8 @@
-#include "drivers/chatsworth/CommandSet.h"
+#include "drivers/ChatsworthCommandSet.h"
 
 #include <cstdio>
 
-namespace zebreader81::omr {
+namespace zebreader81::chatsworth {
 
 namespace {
 
@@ -92,4 +92,4 @@ std::optional<uint8_t> statusOf(std::string_view answer)
     return std::nullopt;
 }
 
-} // namespace zebreader81::omr
+} // namespace zebreader81::chatsworth
