@@ -122,6 +122,8 @@ public:
     /// The reader's CancelScan. While it is set a turn blocks for 50 ms at most, so a wait that
     /// watches it ends even when an earlier wait took the Wake.
     void setCancelFlag(const std::atomic<bool>* flag) { cancel_ = flag; }
+    /// True while the reader's CancelScan is set.
+    bool cancelRequested() const { return cancel_ && cancel_->load(); }
     /// Closes the port if open (the form's unload).
     void Unload();
 

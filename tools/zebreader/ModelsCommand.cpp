@@ -1,7 +1,6 @@
 // zebreader models / zebreader profile MODEL: the catalogue as a table or as json.
 #include "CommandLine.h"
 
-#include "drivers/basRead.h"
 #include "profiles/ModelTable.h"
 #include "sim/Simulators.h"
 #include "zebreader81/clsZEBReaderProfile.h"
@@ -19,13 +18,6 @@ using json = nlohmann::ordered_json;
 
 namespace {
 
-// The families whose wire protocol this build speaks.
-bool familyIsRead(Family f)
-{
-    return f == Family::OpScan || f == Family::ScanMark || f == Family::EZData || f == Family::PDI ||
-           f == Family::Chatsworth;
-}
-
 const char* interfaceName(zebReaderInterfaceType t)
 {
     return t == zebReaderInterfaceTypeUSB ? "USB" : "Serial";
@@ -37,23 +29,22 @@ int runModels(bool asJson)
     json list = json::array();
     if (!asJson)
         std::printf("%-3s %-36s %-14s %-7s %-5s %s\n", "No", "Model", "Family", "Port", "Reads", "Simulated");
-    for (int32_t t = 0; t <= 41; ++t) {
+    for (int32_t t = 0; modelInfo(t); ++t) {
         const auto profile = profiles.Item(std::to_string(t));
         const auto itf = profile ? profile->InterfaceType() : zebReaderInterfaceTypeSerial;
         const Family family = familyOf(t);
-        const bool reads = familyIsRead(family);
+        const bool reads = familyReads(family);
         const bool simulated = sim::hasSimulator(t);
         if (asJson) {
             list.push_back({{"number", t},
-                            {"name", basRead::ReaderTypeName(t)},
+                            {"name", modelInfo(t)->displayName},
                             {"family", familyName(family)},
                             {"interface", interfaceName(itf)},
                             {"reads", reads},
                             {"simulated", simulated}});
         } else {
-            std::printf("%-3d %-36s %-14s %-7s %-5s %s\n", t, basRead::ReaderTypeName(t).c_str(),
-                        familyName(family), interfaceName(itf), reads ? "yes" : "no",
-                        simulated ? "yes" : "no");
+            std::printf("%-3d %-36s %-14s %-7s %-5s %s\n", t, modelInfo(t)->displayName, familyName(family),
+                        interfaceName(itf), reads ? "yes" : "no", simulated ? "yes" : "no");
         }
     }
     if (asJson)

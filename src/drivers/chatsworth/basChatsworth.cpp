@@ -6,6 +6,7 @@
 #include "drivers/ChatsworthCard.h"
 #include "drivers/ChatsworthCommandSet.h"
 #include "drivers/ReaderAccess.h"
+#include "profiles/ModelTable.h"
 
 #include <chrono>
 #include <limits>
@@ -38,10 +39,10 @@ bool fail(const std::string& message, const char* location)
 
 std::string says(const std::string& what) { return "Chatsworth Scanner - " + what; }
 
-// Which card waits after its data for the host's RejectPage or EjectPage.
+// The card of a model that RejectPage and EjectPage reach waits for them after its data.
 bool cardWaitsForTheHost(const clsZEBReader& reader)
 {
-    return reader.ReaderType() == zebReaderTypeChatsworthALSAccelScanOMR;
+    return hasCapability(reader.ReaderType(), RoutesRejectEject);
 }
 
 // Disarms the timer however the wait ends.
@@ -60,40 +61,23 @@ private:
     OneShotTimer& timer_;
 };
 
-std::optional<char> takeByte(SerialControl& com)
+// Next byte within tmrScan, armed for this byte alone or (watchdog) already running over a
+// whole answer.
+std::optional<char> byteInTime(frmComm& fc, bool watchdog = false)
 {
-    com.InputLen(1);
-    const std::string s = com.Input();
-    if (s.empty())
+    if (wait::awaitBytes(fc, 1, {.pace = std::nullopt, .cancel = false, .watchdog = watchdog}) != wait::Outcome::Arrived)
         return std::nullopt;
-    return s[0];
-}
-
-// Next byte within the armed timer; nullopt once it ran out.
-std::optional<char> byteInTime(frmComm& fc)
-{
-    for (;;) {
-        if (fc.mscComm.InBufferCount() > 0)
-            if (auto b = takeByte(fc.mscComm))
-                return b;
-        if (!fc.tmrScan.Enabled())
-            return std::nullopt;
-        fc.DoEvents();
-    }
+    const auto b = wait::takeByte(fc.mscComm);
+    return b ? std::optional<char>(static_cast<char>(*b)) : std::nullopt;
 }
 
 // Next byte, however long the operator takes; nullopt once CancelScan is set.
-std::optional<char> byteUnlessCancelled(clsZEBReader& reader)
+std::optional<char> byteUnlessCancelled(frmComm& fc)
 {
-    auto& fc = Reader::fComm(reader);
-    for (;;) {
-        if (fc.mscComm.InBufferCount() > 0)
-            if (auto b = takeByte(fc.mscComm))
-                return b;
-        if (reader.CancelScan())
-            return std::nullopt;
-        fc.DoEvents();
-    }
+    if (!wait::awaitByteUntilCancel(fc))
+        return std::nullopt;
+    const auto b = wait::takeByte(fc.mscComm);
+    return b ? std::optional<char>(static_cast<char>(*b)) : std::nullopt;
 }
 
 // Sends `bytes` and takes the answer up to its CR within the reader's time-out.
@@ -105,7 +89,7 @@ std::string converse(clsZEBReader& reader, const std::string& bytes)
     Armed armed(fc.tmrScan);
     std::string answer;
     while (answer.size() < MaxAnswer) {
-        const auto b = byteInTime(fc);
+        const auto b = byteInTime(fc, true);
         if (!b)
             break;
         answer += *b;
@@ -209,15 +193,9 @@ bool receiveCard(clsZEBReader& reader, CardDecoder& decoder)
 {
     auto& fc = Reader::fComm(reader);
     // A hopper feeds within the time-out; a hand-fed card comes when the operator feeds it.
-    std::optional<char> b;
-    if (reader.Feeder()) {
-        Armed armed(fc.tmrScan);
-        b = byteInTime(fc);
-    } else {
-        b = byteUnlessCancelled(reader);
-        if (!b)
-            return false;
-    }
+    std::optional<char> b = reader.Feeder() ? byteInTime(fc) : byteUnlessCancelled(fc);
+    if (!b && reader.CancelScan())
+        return false;
     for (;;) {
         if (!b)
             return cardStopped(reader, decoder);
@@ -233,7 +211,6 @@ bool receiveCard(clsZEBReader& reader, CardDecoder& decoder)
             return fail(says("The card is longer than " + std::to_string(CardRows) + " rows."), ReadLocation);
         }
         // Once the card moves its bytes follow at line speed.
-        Armed armed(fc.tmrScan);
         b = byteInTime(fc);
     }
 }

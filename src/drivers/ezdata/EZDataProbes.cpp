@@ -1,5 +1,6 @@
 #include "drivers/ezdata/EZDataProbes.h"
 
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 #include "drivers/ChatsworthCommandSet.h"
@@ -61,8 +62,7 @@ bool LocateNCSEZ(clsZEBReader& reader, int16_t& port)
         ProbePort probe(reader, port);
         auto& com = probe.com();
         com.Output(chatsworth::binaryDownload());
-        frmComm::Sleep(100);
-        if (com.InBufferCount() != 2)
+        if (wait::waitingAfter(com, 100) != 2)
             return false;
         com.InputLen(0);
         return com.Input() == std::string{'G', CR};
@@ -77,8 +77,7 @@ bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
         ProbePort probe(reader, reader.Port());
         auto& com = probe.com();
         com.Output(chatsworth::frame("V"));
-        frmComm::Sleep(100);
-        if (com.InBufferCount() <= 0)
+        if (wait::waitingAfter(com, 100) <= 0)
             return false;
         com.InputLen(0);
         const std::string reply = com.Input();
