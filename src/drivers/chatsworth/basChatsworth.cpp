@@ -65,7 +65,8 @@ private:
 // whole answer.
 std::optional<char> byteInTime(frmComm& fc, bool watchdog = false)
 {
-    if (wait::awaitBytes(fc, 1, {.pace = std::nullopt, .cancel = false, .watchdog = watchdog}) != wait::Outcome::Arrived)
+    if (wait::awaitBytes(fc, 1, {.pace = std::nullopt, .cancel = false, .watchdog = watchdog}) !=
+        wait::Outcome::Arrived)
         return std::nullopt;
     const auto b = wait::takeByte(fc.mscComm);
     return b ? std::optional<char>(static_cast<char>(*b)) : std::nullopt;
