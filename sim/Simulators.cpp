@@ -2,6 +2,7 @@
 
 #include "profiles/ModelTable.h"
 #include "sim/SheetFile.h"
+#include "sim/chatsworth/ChatsworthSimulator.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "sim/pdi/PdiSimulator.h"
@@ -30,6 +31,7 @@ const FamilyEntry families[] = {
     {Family::ScanMark, "scanmark", "ScanMark / 8000", 14},
     {Family::PDI, "pdi", "PDI VMR138", 24},
     {Family::EZData, "ezdata", "EZData", 23},
+    {Family::Chatsworth, "chatsworth", "Chatsworth", 20},
 };
 
 Family kindOf(int32_t type)
@@ -107,6 +109,7 @@ std::unique_ptr<Peer> makeSimulator(int32_t readerType, std::vector<Sheet> sheet
     case Family::ScanMark: return std::make_unique<ScanMarkSimulator>(readerType, std::move(sheets));
     case Family::PDI: return std::make_unique<PdiSimulator>(std::move(sheets));
     case Family::EZData: return std::make_unique<EZDataSimulator>(std::move(sheets));
+    case Family::Chatsworth: return std::make_unique<ChatsworthSimulator>(std::move(sheets));
     default: return nullptr;
     }
 }
@@ -124,7 +127,7 @@ LineRate defaultLine(int32_t readerType)
 std::vector<Sheet> sampleSheets(int32_t readerType)
 {
     const Family kind = kindOf(readerType);
-    if (kind == Family::PDI || kind == Family::EZData)
+    if (kind == Family::PDI || kind == Family::EZData || kind == Family::Chatsworth)
         return parseSheets(samples::answerCards, "answer-cards.txt");
     return parseSheets(samples::answerSheets, "answer-sheets.txt");
 }

@@ -57,7 +57,7 @@ FamilyDriver sekonicSerial()
             // Called even when skipped, on the models with an imprinter.
             .print =
                 [](clsZEBReader& r, bool skip, bool& disposed) {
-                    if (!hasCapability(r.ReaderType(), Imprinter))
+                    if (imprinterOf(r.ReaderType()).lines == 0)
                         return false;
                     const bool printed = PrintSS(r, skip);
                     disposed = skip;

@@ -16,12 +16,21 @@ enum Capability : uint16_t {
     RoutesRejectEject = 1 << 0,
     /// ReaderPrint reaches the family's driver.
     RoutesPrint = 1 << 1,
-    /// The family's print drives an imprinter on this model (asked where models differ).
-    Imprinter = 1 << 2,
     /// Answers the port probe and the firmware query (Locate, Firmware).
-    Probe = 1 << 3,
+    Probe = 1 << 2,
     /// Speaks the 8000-series form dialect (threshold command, marks from character 0).
-    Dialect8000 = 1 << 4,
+    Dialect8000 = 1 << 3,
+};
+
+/// How a model's printer object takes Enabled: never on, as the host sets it, or left alone.
+enum class PrinterEnable : uint8_t { Untouched, Never, Follows };
+
+/// A model's imprinter as the printer object reports it; -1 positions and characters when it
+/// has none.
+struct ImprinterInfo {
+    PrinterEnable enable;
+    int32_t lines;
+    int32_t minPosition, maxPosition, maxCharacters;
 };
 
 struct ModelInfo {
@@ -30,12 +39,15 @@ struct ModelInfo {
     const char* displayName;
     Family family;
     uint16_t capabilities;
+    ImprinterInfo imprinter;
 };
 
 /// The model of a zebReaderType value, or nullptr outside 0 to 41.
 const ModelInfo* modelInfo(int32_t type);
 /// Driver family of a reader type (None for 0 and values outside the table).
 Family familyOf(int32_t type);
+/// The imprinter of a model; none outside the table.
+const ImprinterInfo& imprinterOf(int32_t type);
 /// True when `type` is in the table and has `capability`.
 bool hasCapability(int32_t type, Capability capability);
 /// Short name of a family ("OpScan", "ScanMark"...), as the tools print it.

@@ -27,6 +27,8 @@ TEST_F(ZebreaderTool, ModelsJsonListsAllFortyTwoModels)
     EXPECT_EQ(list[37]["family"], list[23]["family"]); // served by the EZData driver
     EXPECT_EQ(list[30]["interface"], "USB");
     EXPECT_EQ(list[1]["reads"], false);
+    for (int chatsworth : {20, 21, 22, 35, 41})
+        EXPECT_EQ(list[static_cast<std::size_t>(chatsworth)]["reads"], true) << chatsworth;
 }
 
 TEST_F(ZebreaderTool, ProfileTakesANumberOrADisplayNameInAnyCase)

@@ -3,6 +3,7 @@
 #include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
+#include "drivers/ChatsworthCommandSet.h"
 #include "drivers/ReaderAccess.h"
 #include "drivers/basRead.h"
 
@@ -12,9 +13,7 @@ namespace zebreader81 {
 
 namespace {
 
-constexpr char DC2 = 18;
-constexpr char ESC = 27;
-constexpr char CR = 13;
+using chatsworth::CR;
 
 // The probe opens the port itself; a port that was already open (against the rules) is not
 // the probe's to close.
@@ -62,7 +61,7 @@ bool LocateNCSEZ(clsZEBReader& reader, int16_t& port)
     try {
         ProbePort probe(reader, port);
         auto& com = probe.com();
-        com.Output(std::string{DC2} + "R7777" + DC2 + "I00" + DC2 + "E");
+        com.Output(chatsworth::binaryDownload());
         if (wait::waitingAfter(com, 100) != 2)
             return false;
         com.InputLen(0);
@@ -77,7 +76,7 @@ bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
     try {
         ProbePort probe(reader, reader.Port());
         auto& com = probe.com();
-        com.Output(std::string{DC2, ESC} + "V" + DC2 + "E");
+        com.Output(chatsworth::frame("V"));
         if (wait::waitingAfter(com, 100) <= 0)
             return false;
         com.InputLen(0);
