@@ -2,6 +2,8 @@
 
 #include "automation/Convert.h"
 
+#include <dispex.h>
+
 #include <array>
 #include <stdexcept>
 
@@ -9,11 +11,23 @@ namespace zebreader81::automation {
 
 namespace {
 
+// Script objects answer names through IDispatchEx (Wine's VBScript objects only there).
 DISPID dispidOf(IDispatch* object, const wchar_t* name)
 {
     DISPID id = DISPID_UNKNOWN;
-    auto* text = const_cast<LPOLESTR>(name);
-    if (FAILED(object->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, &id)))
+    IDispatchEx* ex = nullptr;
+    HRESULT hr = E_FAIL;
+    if (SUCCEEDED(object->QueryInterface(__uuidof(IDispatchEx), reinterpret_cast<void**>(&ex)))) {
+        BSTR text = SysAllocString(name);
+        hr = ex->GetDispID(text, fdexNameCaseInsensitive, &id);
+        SysFreeString(text);
+        ex->Release();
+    }
+    if (FAILED(hr)) {
+        auto* text = const_cast<LPOLESTR>(name);
+        hr = object->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, &id);
+    }
+    if (FAILED(hr))
         throw std::runtime_error("The error object has no member of that name");
     return id;
 }

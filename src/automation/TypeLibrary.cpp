@@ -150,10 +150,15 @@ HRESULT invokeThroughTypeInfo(REFIID iid, void* self, DISPID id, WORD flags, DIS
                         continue;
                     const VARTYPE want = pointee(ti, fd->lprgelemdescParam[param].tdesc);
                     VARIANT& arg = params->rgvarg[slot];
-                    if (want == VT_EMPTY || V_VT(&arg) != (VT_VARIANT | VT_BYREF) || !V_VARIANTREF(&arg))
+                    if (want == VT_EMPTY || V_VT(&arg) == (want | VT_BYREF))
                         continue;
-                    Fixup fix{slot, arg, const_cast<VARIANT*>(&deref(arg)), {}};
-                    if (FAILED(convertInto(fix.converted, *fix.target, want))) {
+                    // A by-reference VARIANT is written back; a value passed where a reference
+                    // is declared (an array assigned to a property) is only converted.
+                    const bool variantRef = V_VT(&arg) == (VT_VARIANT | VT_BYREF) && V_VARIANTREF(&arg);
+                    if (!variantRef && (V_VT(&arg) & VT_BYREF))
+                        continue;
+                    Fixup fix{slot, arg, variantRef ? const_cast<VARIANT*>(&deref(arg)) : nullptr, {}};
+                    if (FAILED(convertInto(fix.converted, variantRef ? *fix.target : arg, want))) {
                         for (auto& done : fixups) {
                             params->rgvarg[done.slot] = done.original;
                             VariantClear(&done.converted);
@@ -181,6 +186,10 @@ HRESULT invokeThroughTypeInfo(REFIID iid, void* self, DISPID id, WORD flags, DIS
     const HRESULT hr = ti->Invoke(self, id, flags, params, result, excep, argErr);
     for (auto& fix : fixups) {
         params->rgvarg[fix.slot] = fix.original;
+        if (!fix.target) {
+            VariantClear(&fix.converted);
+            continue;
+        }
         // The script's variable takes what the member left, in the declared type.
         VariantClear(fix.target);
         *fix.target = fix.converted;
