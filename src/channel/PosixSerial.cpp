@@ -2,7 +2,7 @@
 #include "channel/PosixLine.h"
 #include "channel/SerialBackend.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "registry/PortMap.h"
 
 #include <algorithm>
@@ -108,8 +108,9 @@ public:
         }
     }
 
-    bool waitReadable(milliseconds timeout, int wakeFd) override
+    bool waitReadable(milliseconds timeout, WakeSignal& wake) override
     {
+        const int wakeFd = static_cast<int>(wake.nativeHandle());
         pollfd pfds[2] = {{fd_, POLLIN, 0}, {wakeFd, POLLIN, 0}};
         int rc;
         do {
@@ -142,8 +143,8 @@ private:
 
 } // namespace
 
-std::unique_ptr<SerialBackend> openPosixSerial(const std::string& path, const LineSettings& settings,
-                                               int handshaking)
+std::unique_ptr<SerialBackend> openSerialDevice(const std::string& path, const LineSettings& settings,
+                                                int handshaking)
 {
     const int fd = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {

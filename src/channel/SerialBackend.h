@@ -2,6 +2,8 @@
 // of port (POSIX termios now); drivers never see which one they have.
 #pragma once
 
+#include "channel/WakeSignal.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -40,19 +42,19 @@ public:
     /// Writes every byte, completing partial writes and waiting out a full output queue (a
     /// bounded while); `written` tells how far it got when it raises.
     virtual void write(std::string_view bytes, std::size_t& written) = 0;
-    /// Blocks until input is readable (True), `wakeFd` is signalled or `timeout` passes
-    /// (negative: no limit). A hang-up raises.
-    virtual bool waitReadable(std::chrono::milliseconds timeout, int wakeFd) = 0;
+    /// Blocks until input is readable (True), `wake` is set or `timeout` passes (negative: no
+    /// limit); a set `wake` is left set. A hang-up raises.
+    virtual bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake) = 0;
 };
 
-/// Opens the device at `path` exclusively in raw mode with an empty input queue: 8002 when it
-/// does not exist or is no terminal, 8005 when another reader holds it, 8015 when it refuses
-/// the settings.
-std::unique_ptr<SerialBackend> openPosixSerial(const std::string& path, const LineSettings& settings,
-                                               int handshaking);
+/// Opens the device at `path` (resolvePortPath) exclusively in raw mode with an empty input
+/// queue: 8002 when it does not exist or is no serial line, 8005 when another reader holds it,
+/// 8015 when it refuses the settings.
+std::unique_ptr<SerialBackend> openSerialDevice(const std::string& path, const LineSettings& settings,
+                                                int handshaking);
 
-/// Device path of COM port `port`: ZEBREADER_COM<port>, else the stored port map,
-/// else /dev/ttyS<port-1>.
+/// Device path of COM port `port`. POSIX: ZEBREADER_COM<port>, else the stored port map,
+/// else /dev/ttyS<port-1>. Win32: \\.\COM<port>.
 std::string resolvePortPath(int port);
 
 } // namespace zebreader81

@@ -1,6 +1,6 @@
 #include "CommandLine.h"
 
-#include "channel/basRead.h"
+#include "drivers/basRead.h"
 
 #include <algorithm>
 #include <cctype>

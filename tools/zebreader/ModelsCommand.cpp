@@ -1,7 +1,7 @@
 // zebreader models / zebreader profile MODEL: the catalogue as a table or as json.
 #include "CommandLine.h"
 
-#include "channel/basRead.h"
+#include "drivers/basRead.h"
 #include "profiles/ModelTable.h"
 #include "sim/Simulators.h"
 #include "zebreader81/clsZEBReaderProfile.h"

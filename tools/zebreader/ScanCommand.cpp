@@ -7,7 +7,7 @@
 #include "Simulation.h"
 #include "Trace.h"
 
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
 #include "zebreader81/clsZEBReader.h"
 
 #include <charconv>

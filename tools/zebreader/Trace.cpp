@@ -2,7 +2,7 @@
 
 #include "CommandLine.h"
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
 
 #include <cstdio>
 
