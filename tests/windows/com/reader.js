@@ -75,13 +75,21 @@ check(!r.ReadPage() && events.starts == 1 && events.sheets == 0, "BeforeSheet on
 var port = envNumber("ZEBREADER_TEST_PORT"), model = envNumber("ZEBREADER_TEST_MODEL");
 if (port > 0 && model > 0) {
     check(r.LoadDefaults(model), "LoadDefaults of the simulated model");
+    // A pseudo-terminal carries eight bits without parity and has no handshake lines.
+    r.DataBits = 8;
+    r.Parity = "N";
+    r.FlowControl = 0;
     r.Port = port;
+    r.TimeOut = 2;
+    r.SleepTime = 1;
+    r.Feeder = true;
     r.CancelScan = false;
     check(r.ReadBatch(false, -1), "ReadBatch against the simulator");
     check(events.sheets == 2 && events.ends == 2, "the returned cancel stops the batch after two sheets");
-    check(events.rows > 0, "the side array has rows");
+    check(events.rows > 0, "the side array has rows (" + events.rows + ")");
     check(events.barcodes.indexOf("0012345") >= 0 || !r.Barcode, "the first sheet's barcode");
     check(r.CancelScan, "CancelScan stays set after the batch");
+    check(host.reports == 1, "no error reported during the batch (" + host.location + ")");
 }
 
 sink.Disconnect();
