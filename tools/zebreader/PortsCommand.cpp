@@ -88,9 +88,12 @@ int runList(bool asJson)
 int runMap(int port, const std::string& given)
 {
     // The map is read from other folders later: a relative path would lead elsewhere. The
-    // link itself is kept, so a /dev/serial/by-id name still follows the scanner.
+    // link itself is kept, so a /dev/serial/by-id name still follows the scanner. A network
+    // port is an address, not a path, and is kept as given.
     std::error_code ec;
-    const std::string path = given.empty() ? given : fs::absolute(given, ec).lexically_normal().string();
+    const std::string path = given.empty() || zebreader81::isNetworkPort(given)
+                                 ? given
+                                 : fs::absolute(given, ec).lexically_normal().string();
     if (!zebreader81::storePortPath(port, path)) {
         std::cerr << "zebreader: could not store the mapping of COM" << port << "\n";
         return ExitFailed;
