@@ -14,8 +14,10 @@ set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
 set(CMAKE_MODULE_LINKER_FLAGS_INIT "-static -static-libgcc -static-libstdc++")
 
-# Tests run under Wine; 32-bit binaries need a 32-bit Wine.
-find_program(ZEBREADER_WINE NAMES wine wine64 wine-stable)
-if(ZEBREADER_WINE)
+# Tests run under Wine when the loader for this bitness is there (Debian's wine64 and wine32
+# put it in /usr/lib/wine); without it nothing is run, not even the test listing.
+find_program(ZEBREADER_WINE_LOADER ${ZEBREADER_WINE_LOADER_NAME} PATHS /usr/lib/wine NO_DEFAULT_PATH)
+find_program(ZEBREADER_WINE NAMES wine wine-stable)
+if(ZEBREADER_WINE AND ZEBREADER_WINE_LOADER)
   set(CMAKE_CROSSCOMPILING_EMULATOR ${ZEBREADER_WINE})
 endif()
