@@ -1,6 +1,6 @@
 // EZData answers: the GETCONFIG text, the "G" CR answers to actions and settings, the status.
 #include "FuzzSupport.h"
-#include "drivers/ncs/EZDataProtocol.h"
+#include "drivers/ezdata/EZDataProtocol.h"
 
 using namespace zebreader81;
 using namespace zebreader81::ezdata;

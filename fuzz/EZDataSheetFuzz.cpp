@@ -1,7 +1,7 @@
 // The EZData sheet stream: two bytes per row, one bit per column, ended by CR.
 #include "FuzzSupport.h"
-#include "drivers/ncs/EZDataSheet.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ezdata/EZDataSheet.h"
 
 using namespace zebreader81;
 

@@ -1,7 +1,7 @@
 // PDI answers: status bytes, the threshold reply, and the sheet bytes after the LF.
 #include "FuzzSupport.h"
+#include "core/basError.h"
 #include "drivers/pdi/PdiProtocol.h"
-#include "engine/basError.h"
 
 #include <stdexcept>
 

@@ -3,11 +3,11 @@
 #include "FuzzSupport.h"
 #include "ScriptedPeer.h"
 #include "channel/frmComm.h"
+#include "drivers/ReaderAccess.h"
+#include "drivers/ezdata/basNCSEZData.h"
 #include "drivers/ncs/basNCS.h"
-#include "drivers/ncs/basNCSEZData.h"
 #include "drivers/pdi/basPeripheralDynamics.h"
 #include "drivers/scantron/basScantron.h"
-#include "engine/ReaderAccess.h"
 
 #include <atomic>
 #include <chrono>

@@ -1,8 +1,8 @@
 // ScanMark mark data in page and window mode: the read areas come from the input's head
 // (host settings, kept small), the reply's characters from its tail.
 #include "FuzzSupport.h"
+#include "core/basError.h"
 #include "drivers/scantron/ScanMarkMarks.h"
-#include "engine/basError.h"
 #include "zebreader81/clsZEBReaderWindows.h"
 
 #include <stdexcept>

@@ -161,4 +161,31 @@ std::vector<Sheet> loadSheetFile(const std::string& path)
     return parseSheets(text.str(), path);
 }
 
+SheetSizes measureSheets(const std::vector<Sheet>& sheets)
+{
+    SheetSizes z;
+    for (const auto& s : sheets) {
+        z.rows1 = std::max(z.rows1, s.side1.size());
+        z.rows2 = std::max(z.rows2, s.side2.size());
+        for (const auto& r : s.side1)
+            z.cols1 = std::max(z.cols1, r.size());
+        for (const auto& r : s.side2)
+            z.cols2 = std::max(z.cols2, r.size());
+        z.barcodes = z.barcodes || !s.barcodes.empty();
+    }
+    return z;
+}
+
+std::string readerFlags(const SheetSizes& z)
+{
+    std::string flags;
+    if (z.rows1 > 0)
+        flags += " --side1 " + std::to_string(z.rows1) + ":" + std::to_string(z.cols1);
+    if (z.rows2 > 0)
+        flags += " --duplex --duplex-form --side2 " + std::to_string(z.rows2) + ":" + std::to_string(z.cols2);
+    if (z.barcodes)
+        flags += " --barcode";
+    return flags.empty() ? flags : flags.substr(1);
+}
+
 } // namespace zebreader81::sim

@@ -33,6 +33,17 @@ private:
     int line_;
 };
 
+/// What a reader must be set up for to read a set of sheets: the largest side sizes, and
+/// whether any sheet has barcodes.
+struct SheetSizes {
+    std::size_t rows1 = 0, cols1 = 0, rows2 = 0, cols2 = 0;
+    bool barcodes = false;
+};
+SheetSizes measureSheets(const std::vector<Sheet>& sheets);
+/// The `zebreader scan` flags for such a set-up: "--side1 R:C", then for duplex sheets
+/// "--duplex --duplex-form --side2 R:C", then "--barcode" when there are barcodes.
+std::string readerFlags(const SheetSizes& sizes);
+
 /// Parses the text of a sheet file; `source` names it in errors.
 std::vector<Sheet> parseSheets(std::string_view text, const std::string& source = "sheets");
 /// Reads and parses a sheet file.

@@ -1,7 +1,7 @@
 #include "support/BenchRig.h"
 
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "sim/pdi/PdiSimulator.h"

@@ -8,8 +8,9 @@
 //   error reporter, to the ErrorHost registered with SetError on this thread, or else to the
 //   message-box hook (standard error by default). The only exception of the interface is
 //   AutomationError, from the few members documented to raise it.
-// - Every wait on a scanner is bounded by TimeOut or ended by CancelScan, and blocks
-//   instead of spinning.
+// - Every wait on a scanner blocks instead of spinning. It is bounded by TimeOut, except the
+//   wait for a hand-fed sheet (Feeder False, or OpScan grading), which lasts until a sheet
+//   comes or CancelScan is set.
 // - Serial port N opens the device named by the environment variable ZEBREADER_COM<N>, else
 //   the stored port map, else /dev/ttyS<N-1>.
 #pragma once

@@ -1,6 +1,6 @@
 #include "channel/SerialBackend.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <cctype>
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "channel/PosixLine.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <asm/termbits.h>
 #include <cmath>

@@ -2,16 +2,19 @@
 #include "channel/PosixLine.h"
 #include "channel/SerialBackend.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "registry/PortMap.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <sstream>
 #include <sys/file.h>
 #include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <termios.h>
 #include <thread>
 #include <unistd.h>
@@ -32,9 +35,23 @@ int pollMs(milliseconds timeout)
     return timeout.count() < 0 ? -1 : static_cast<int>(std::min<int64_t>(timeout.count(), 1 << 30));
 }
 
+// The control's error, with the device and what the OS said about it.
+[[noreturn]] void refuse(int32_t number, const std::string& path, const std::string& reason)
+{
+    throw RuntimeError(number, err::description(number) + ": " + path + ": " + reason);
+}
+
+std::string lineText(const LineSettings& s, int handshaking)
+{
+    std::ostringstream text;
+    text << s.baud << ',' << s.parity << ',' << s.dataBits << ',' << s.stopBits << " with handshaking "
+         << handshaking;
+    return text.str();
+}
+
 class PosixSerial final : public SerialBackend {
 public:
-    explicit PosixSerial(int fd) : fd_(fd) {}
+    PosixSerial(int fd, std::string path) : fd_(fd), path_(std::move(path)) {}
     ~PosixSerial() override
     {
         // Output is dropped only when it would not drain: on a pseudo-terminal an output flush
@@ -50,7 +67,11 @@ public:
 
     void apply(const LineSettings& settings, int handshaking) override
     {
-        posix::applyLine(fd_, settings, handshaking);
+        try {
+            posix::applyLine(fd_, settings, handshaking);
+        } catch (const RuntimeError& e) {
+            refuse(e.number(), path_, "the device does not take " + lineText(settings, handshaking));
+        }
     }
 
     std::size_t readAvailable(std::string& into) override
@@ -108,8 +129,9 @@ public:
         }
     }
 
-    bool waitReadable(milliseconds timeout, int wakeFd) override
+    bool waitReadable(milliseconds timeout, WakeSignal& wake) override
     {
+        const int wakeFd = static_cast<int>(wake.nativeHandle());
         pollfd pfds[2] = {{fd_, POLLIN, 0}, {wakeFd, POLLIN, 0}};
         int rc;
         do {
@@ -138,7 +160,16 @@ private:
     }
 
     int fd_;
+    std::string path_;
 };
+
+std::string notATerminal(int fd)
+{
+    struct stat st {};
+    if (fstat(fd, &st) == 0 && S_ISREG(st.st_mode))
+        return "a regular file, not a serial device";
+    return "not a serial device";
+}
 
 } // namespace
 
@@ -147,25 +178,26 @@ std::unique_ptr<SerialBackend> openPosixSerial(const std::string& path, const Li
 {
     const int fd = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {
-        if (errno == EBUSY)
-            err::raise(err::PortAlreadyOpen);
-        err::raise(err::InvalidPortNumber);
+        const int error = errno;
+        refuse(error == EBUSY ? err::PortAlreadyOpen : err::InvalidPortNumber, path, std::strerror(error));
     }
     if (!isatty(fd)) {
+        const std::string reason = notATerminal(fd);
         close(fd);
-        err::raise(err::InvalidPortNumber);
+        refuse(err::InvalidPortNumber, path, reason);
     }
     // TIOCEXCL does not stop root, so the advisory lock is what keeps a second reader out.
     if (flock(fd, LOCK_EX | LOCK_NB) != 0) {
         close(fd);
-        err::raise(err::PortAlreadyOpen);
+        refuse(err::PortAlreadyOpen, path, "in use by another program");
     }
     if (ioctl(fd, TIOCEXCL) != 0) {
+        const int error = errno;
         flock(fd, LOCK_UN);
         close(fd);
-        err::raise(err::InvalidPortNumber);
+        refuse(err::InvalidPortNumber, path, std::strerror(error));
     }
-    auto port = std::make_unique<PosixSerial>(fd);
+    auto port = std::make_unique<PosixSerial>(fd, path);
     port->apply(settings, handshaking);
     // A freshly opened port holds nothing from before, as a real line that was closed.
     tcflush(fd, TCIFLUSH);

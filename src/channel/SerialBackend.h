@@ -2,6 +2,8 @@
 // of port (POSIX termios now); drivers never see which one they have.
 #pragma once
 
+#include "channel/WakeSignal.h"
+
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -40,9 +42,9 @@ public:
     /// Writes every byte, completing partial writes and waiting out a full output queue (a
     /// bounded while); `written` tells how far it got when it raises.
     virtual void write(std::string_view bytes, std::size_t& written) = 0;
-    /// Blocks until input is readable (True), `wakeFd` is signalled or `timeout` passes
-    /// (negative: no limit). A hang-up raises.
-    virtual bool waitReadable(std::chrono::milliseconds timeout, int wakeFd) = 0;
+    /// Blocks until input is readable (True), `wake` is set or `timeout` passes (negative: no
+    /// limit); a set `wake` is left set. A hang-up raises.
+    virtual bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake) = 0;
 };
 
 /// Opens the device at `path` exclusively in raw mode with an empty input queue: 8002 when it

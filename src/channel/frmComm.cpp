@@ -1,13 +1,9 @@
 #include "channel/frmComm.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <poll.h>
-#include <sys/eventfd.h>
 #include <thread>
-#include <unistd.h>
 
 namespace zebreader81 {
 
@@ -156,9 +152,9 @@ void SerialControl::Output(const std::string& value)
         trace_(true, value);
 }
 
-bool SerialControl::waitReadable(milliseconds timeout, int wakeFd)
+bool SerialControl::waitReadable(milliseconds timeout, WakeSignal& wake)
 {
-    return open().waitReadable(timeout, wakeFd);
+    return open().waitReadable(timeout, wake);
 }
 
 // --- OneShotTimer ------------------------------------------------------------------------
@@ -175,14 +171,9 @@ void OneShotTimer::Enabled(bool value)
 
 // --- frmComm -----------------------------------------------------------------------------
 
-frmComm::frmComm() : wakeFd_(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {}
+frmComm::frmComm() = default;
 
-frmComm::~frmComm()
-{
-    Unload();
-    if (wakeFd_ >= 0)
-        close(wakeFd_);
-}
+frmComm::~frmComm() { Unload(); }
 
 void frmComm::Unload()
 {
@@ -190,13 +181,7 @@ void frmComm::Unload()
         mscComm.PortOpen(false);
 }
 
-void frmComm::Wake()
-{
-    if (wakeFd_ >= 0) {
-        const uint64_t one = 1;
-        [[maybe_unused]] auto n = write(wakeFd_, &one, sizeof one);
-    }
-}
+void frmComm::Wake() { wake_.set(); }
 
 void frmComm::Sleep(int64_t ms)
 {
@@ -214,7 +199,7 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
     // A timer that already ran out no longer bounds anything: the loop has seen it (or does
     // not look), and waking at once for it again would spin.
     if (tmrScan.Enabled()) {
-        // Rounded up so that the timer has run out when poll returns.
+        // Rounded up so that the timer has run out when the wait returns.
         limit(ceil<milliseconds>(*tmrScan.deadline() - OneShotTimer::Clock::now()));
     }
     if (pace && pace->count() > 0)
@@ -227,19 +212,13 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
     // CancelScan after every turn anyway, and this saves a system call per byte of a paced line.
     bool drainWake = !arrived;
     if (!arrived) {
-        if (mscComm.PortOpen()) {
-            drainWake = !mscComm.waitReadable(timeout, wakeFd_);
-        } else {
-            pollfd pfd{wakeFd_, POLLIN, 0};
-            const int ms =
-                timeout.count() < 0 ? -1 : static_cast<int>(std::min<int64_t>(timeout.count(), 1 << 30));
-            [[maybe_unused]] int rc = poll(&pfd, 1, ms);
-        }
+        if (mscComm.PortOpen())
+            drainWake = !mscComm.waitReadable(timeout, wake_);
+        else
+            wake_.wait(timeout);
     }
-    if (drainWake) {
-        uint64_t drained = 0;
-        [[maybe_unused]] auto n = read(wakeFd_, &drained, sizeof drained);
-    }
+    if (drainWake)
+        wake_.clear();
     if (yield_)
         yield_();
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "channel/SerialBackend.h"
+#include "channel/WakeSignal.h"
 
 #include <atomic>
 #include <chrono>
@@ -48,9 +49,9 @@ public:
     /// Moves what the OS holds into the receive buffer; returns how many bytes came. Used by
     /// the waits.
     std::size_t fillBuffer();
-    /// Blocks until more input may have arrived (True), `wakeFd` is signalled or `timeout`
-    /// passes (negative: no limit). A hang-up raises.
-    bool waitReadable(std::chrono::milliseconds timeout, int wakeFd);
+    /// Blocks until more input may have arrived (True), `wake` is set or `timeout` passes
+    /// (negative: no limit). A hang-up raises.
+    bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake);
     /// Receives every byte as it goes to the line (sent True) or comes from it, in order, on
     /// the thread that uses the port; nullptr switches it off. The time of the call is the
     /// time of the transfer.
@@ -125,7 +126,7 @@ public:
     void Unload();
 
 private:
-    int wakeFd_ = -1;
+    WakeSignal wake_;
     std::function<void()> yield_;
     const std::atomic<bool>* cancel_ = nullptr;
 };

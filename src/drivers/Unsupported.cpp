@@ -1,6 +1,6 @@
 #include "drivers/Unsupported.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "profiles/ModelTable.h"
 #include "zebreader81/clsZEBReader.h"
 

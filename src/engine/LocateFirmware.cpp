@@ -1,6 +1,6 @@
 // Finding the scanner's port and asking it for its firmware.
-#include "channel/Probes.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ezdata/EZDataProbes.h"
 #include "zebreader81/clsZEBReader.h"
 
 namespace zebreader81 {

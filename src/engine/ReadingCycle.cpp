@@ -1,8 +1,8 @@
 // The reading cycle of the reader object: start, read, batch, end, reject and eject.
-#include "channel/basRead.h"
+#include "core/basError.h"
+#include "drivers/basRead.h"
 #include "engine/PrinterAccess.h"
 #include "engine/ReaderImpl.h"
-#include "engine/basError.h"
 #include "zebreader81/clsZEBReader.h"
 
 #include <cstdint>

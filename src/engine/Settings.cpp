@@ -1,5 +1,5 @@
 // Settings of the reader object: factory defaults from the profile, and the settings store.
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "registry/SettingsStore.h"
 #include "registry/SettingsValues.h"
 #include "zebreader81/clsZEBReader.h"

@@ -1,9 +1,9 @@
 #include "zebreader81/clsZEBReader.h"
 
-#include "channel/basRead.h"
-#include "engine/ReaderAccess.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
+#include "drivers/basRead.h"
 #include "engine/ReaderImpl.h"
-#include "engine/basError.h"
 
 namespace zebreader81 {
 

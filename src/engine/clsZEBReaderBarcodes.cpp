@@ -1,6 +1,6 @@
 #include "zebreader81/clsZEBReaderBarcodes.h"
 
-#include "engine/Collection.h"
+#include "core/Collection.h"
 
 namespace zebreader81 {
 

@@ -1,6 +1,6 @@
 #include "zebreader81/clsZEBReaderWindows.h"
 
-#include "engine/Collection.h"
+#include "core/Collection.h"
 
 namespace zebreader81 {
 

@@ -1,13 +1,17 @@
 #include "zebreader81/clsZEBReaderProfiles.h"
 
-#include "channel/basRead.h"
-#include "engine/Collection.h"
+#include "core/Collection.h"
+#include "profiles/ModelTable.h"
 #include "profiles/ProfileTable.h"
 #include "zebreader81/AutomationError.h"
 
 namespace zebreader81 {
 
-std::string clsZEBReaderProfile::ReaderName() const { return basRead::ReaderTypeName(readerType_); }
+std::string clsZEBReaderProfile::ReaderName() const
+{
+    const auto* model = modelInfo(readerType_);
+    return model ? model->displayName : "";
+}
 
 struct clsZEBReaderProfiles::Impl {
     Collection<clsZEBReaderProfile> profiles;

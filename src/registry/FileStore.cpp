@@ -1,6 +1,6 @@
 #include "registry/FileStore.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,6 +1,6 @@
 #include "registry/RegFile.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "registry/SettingsStore.h"
 
 #include <cerrno>

@@ -1,7 +1,7 @@
 // The Settings text: what it accepts as text (380 otherwise), and what a port makes of it.
 #include "channel/ChannelPeers.h"
 #include "channel/frmComm.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The simulator framework's faults and records, seen from a real port.
 #include "channel/ChannelPeers.h"
 #include "channel/frmComm.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <gtest/gtest.h>
 

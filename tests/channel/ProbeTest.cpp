@@ -1,8 +1,9 @@
 // The port probe and firmware query, the reader's Locate and Firmware, and the input flush.
 #include "channel/ChannelPeers.h"
-#include "channel/Probes.h"
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
+#include "drivers/ezdata/EZDataProbes.h"
+#include "drivers/scantron/ScanMarkPort.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The serial control over a pseudo-terminal: opening, the receive buffer, sending, tracing.
 #include "channel/ChannelPeers.h"
 #include "channel/frmComm.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The wait idiom: the one-shot timer, DoEvents blocking instead of spinning, cancel, hang-up.
 #include "channel/ChannelPeers.h"
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Imprinter rules, collections and form geometry of the object model.
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // The EZData wire protocol on bytes: frames, the configuration text, answers, the sheet stream.
-#include "drivers/ncs/EZDataProtocol.h"
-#include "drivers/ncs/EZDataSheet.h"
-#include "drivers/ncs/basNCSEZData.h"
-#include "engine/basError.h"
+#include "drivers/ezdata/EZDataProtocol.h"
+#include "core/basError.h"
+#include "drivers/ezdata/EZDataSheet.h"
+#include "drivers/ezdata/basNCSEZData.h"
 
 #include <gtest/gtest.h>
 

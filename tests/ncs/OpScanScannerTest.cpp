@@ -1,7 +1,7 @@
 // OpScan scanners end to end: the reader object over a pseudo-terminal against the simulator.
 #include "channel/frmComm.h"
+#include "drivers/ReaderAccess.h"
 #include "drivers/ncs/basNCS.h"
-#include "engine/ReaderAccess.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "support/TestHost.h"
 

@@ -1,6 +1,6 @@
 // The VMR138 driver end to end: clsZEBReader over a pseudo-terminal against the simulator.
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
 #include "sim/pdi/PdiSimulator.h"
 #include "support/TestHost.h"
 

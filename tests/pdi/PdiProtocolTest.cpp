@@ -1,6 +1,6 @@
 // The VMR138 wire protocol on bytes: row count, threshold reply and the sheet stream.
 #include "drivers/pdi/PdiProtocol.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <gtest/gtest.h>
 

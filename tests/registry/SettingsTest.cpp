@@ -52,7 +52,7 @@ TEST_F(Settings, MissingSubKeyGivesEveryDefault)
     EXPECT_EQ(r.FlowControl(), zebReaderFlowControlNone);
     EXPECT_FALSE(r.Duplex() || r.Windowing() || r.Rejecter() || r.Barcode() || r.Feeder() || r.ReaderGrade());
     EXPECT_TRUE(scope.host->reports.empty());
-    EXPECT_FALSE(std::filesystem::exists(fileOf(registry::Root::CurrentUser))); // reading creates nothing
+    EXPECT_FALSE(anythingWritten()); // reading creates nothing
 }
 
 TEST_F(Settings, SaveThenLoadRoundTripsEveryValue)
@@ -106,11 +106,13 @@ TEST_F(Settings, SaveThenLoadRoundTripsEveryValue)
     EXPECT_EQ(b.TimeOut(), 600);
     EXPECT_TRUE(b.Windowing());
 
+#ifndef _WIN32
     // The file is the registry editor's format, readable as text.
     const std::string text = readFile(fileOf(registry::Root::CurrentUser));
     EXPECT_EQ(text.rfind("Windows Registry Editor Version 5.00\n", 0), 0u);
     EXPECT_NE(text.find("[HKEY_CURRENT_USER\\Software\\Site\\Scanner]\n"), std::string::npos);
     EXPECT_NE(text.find("\"ScannerBaud\"=\"38400\"\n"), std::string::npos);
+#endif
 }
 
 TEST_F(Settings, EmptyParityIsStoredAsOneBlankAndReadBackSo)
@@ -292,7 +294,7 @@ TEST_F(Settings, UnknownRootReadsDefaultsAndWritesNothing)
     EXPECT_FALSE(registry::SaveValue(bogus, site, "TimeOut", "3"));
     clsZEBReader r;
     EXPECT_TRUE(r.SaveSettings(bogus, site)); // SaveSettings ignores the helpers' results
-    EXPECT_TRUE(std::filesystem::is_empty(dir));
+    EXPECT_FALSE(anythingWritten());
 }
 
 TEST_F(Settings, LoadDefaultsCopiesTheProfileButNotPortOrWindowing)

@@ -1,5 +1,7 @@
 #include "StoreFixture.h"
 
+#include "registry/FileStore.h"
+
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -26,6 +28,10 @@ void StoreFixture::TearDown()
     else
         unsetenv("ZEBREADER_REGISTRY");
 }
+
+bool StoreFixture::anythingWritten() const { return !std::filesystem::is_empty(dir); }
+
+std::string StoreFixture::fileOf(registry::Root root) const { return registry::storeFile(root); }
 
 std::string StoreFixture::readFile(const std::string& path) const
 {

@@ -1,7 +1,8 @@
-// A fresh settings store folder per test (ZEBREADER_REGISTRY), removed afterwards.
+// A fresh settings store per test: on Linux a store folder (ZEBREADER_REGISTRY), on Windows
+// the registry keys the tests use under HKEY_CURRENT_USER; removed afterwards.
 #pragma once
 
-#include "registry/FileStore.h"
+#include "registry/SettingsStore.h"
 
 #include <gtest/gtest.h>
 
@@ -16,8 +17,11 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
+    /// True when the test has written anything to the store.
+    bool anythingWritten() const;
+#ifndef _WIN32
     /// Path of a root's file in the folder of this test.
-    std::string fileOf(registry::Root root) const { return registry::storeFile(root); }
+    std::string fileOf(registry::Root root) const;
     std::string readFile(const std::string& path) const;
     void writeFile(const std::string& path, const std::string& bytes) const;
 
@@ -25,6 +29,7 @@ protected:
 
 private:
     std::optional<std::string> savedEnv_;
+#endif
 };
 
 } // namespace zebreader81::test

@@ -1,9 +1,9 @@
 // ScanMark wire protocol on bytes: commands, field records, the field walk, status replies and
 // where each mark character lands.
+#include "core/basError.h"
 #include "drivers/scantron/ScanMarkCommands.h"
 #include "drivers/scantron/ScanMarkMarks.h"
 #include "drivers/scantron/ScanMarkStatus.h"
-#include "engine/basError.h"
 #include "zebreader81/clsZEBReaderWindows.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // Replaces one driver family on this thread with a scripted one that records its calls.
 #pragma once
 
-#include "channel/basRead.h"
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
+#include "drivers/basRead.h"
 
 #include <functional>
 #include <string>

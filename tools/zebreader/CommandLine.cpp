@@ -1,10 +1,11 @@
 #include "CommandLine.h"
 
-#include "channel/basRead.h"
+#include "ModelName.h"
+
+#include "registry/PortMap.h"
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <cstdlib>
 #include <unistd.h>
 
@@ -23,19 +24,11 @@ std::string lower(std::string s)
 
 zebreader81::zebReaderType parseModel(const std::string& text)
 {
-    int value = -1;
-    const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (ec == std::errc{} && end == text.data() + text.size()) {
-        if (value < 0 || value > 41)
-            throw UsageError("model " + text + " is out of range: give a number from 0 to 41");
-        return static_cast<zebreader81::zebReaderType>(value);
-    }
-    const std::string wanted = lower(text);
-    for (int t = 0; t <= 41; ++t)
-        if (lower(zebreader81::basRead::ReaderTypeName(t)) == wanted)
-            return static_cast<zebreader81::zebReaderType>(t);
-    throw UsageError("unknown model \"" + text +
-                     "\": give a number from 0 to 41 or a display name (see `zebreader models`)");
+    std::string problem;
+    const auto type = modelFromName(text, problem);
+    if (!type)
+        throw UsageError(problem);
+    return static_cast<zebreader81::zebReaderType>(*type);
 }
 
 zebreader81::zebReaderRegistryKey parseRoot(const std::string& text)
@@ -50,6 +43,15 @@ zebreader81::zebReaderRegistryKey parseRoot(const std::string& text)
 
 bool stdoutIsTerminal() { return ::isatty(STDOUT_FILENO) == 1; }
 bool stderrIsTerminal() { return ::isatty(STDERR_FILENO) == 1; }
+
+std::string portPath(int port)
+{
+    if (const char* env = std::getenv(("ZEBREADER_COM" + std::to_string(port)).c_str()); env && *env)
+        return env;
+    if (auto stored = zebreader81::storedPortPath(port); stored && !stored->empty())
+        return *stored;
+    return "/dev/ttyS" + std::to_string(port - 1);
+}
 
 void mapPortForRun(int port, const std::string& path)
 {

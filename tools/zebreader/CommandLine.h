@@ -21,7 +21,8 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-/// A model given as a number 0..41 or a display name (any case); throws UsageError.
+/// A model given as a number 0..41, a display name (any case) or a simulated family's name;
+/// throws UsageError.
 zebreader81::zebReaderType parseModel(const std::string& text);
 /// A settings root: hkcu (HKEY_CURRENT_USER) or hklm (HKEY_LOCAL_MACHINE); throws UsageError.
 zebreader81::zebReaderRegistryKey parseRoot(const std::string& text);
@@ -32,6 +33,10 @@ inline constexpr const char* defaultSettingsKey = "Software\\ZEBReader81\\zebrea
 /// True when the stream is a terminal.
 bool stdoutIsTerminal();
 bool stderrIsTerminal();
+
+/// The device COM port `port` leads to now: ZEBREADER_COM<port>, the stored map, or the
+/// default /dev/ttyS<port-1>.
+std::string portPath(int port);
 
 /// Points COM port `port` at `path` for this process.
 void mapPortForRun(int port, const std::string& path);

@@ -1,5 +1,8 @@
-// csv: one row per row of a sheet side: sheet,side,row, then the values of its columns.
+// csv: one row per row of a sheet side: sheet,side,row,rejected,barcodes, then the values of
+// its columns. The barcodes of a sheet are joined by ';'.
 #include "SheetOutput.h"
+
+#include <string>
 
 namespace zebreader::cli {
 
@@ -11,26 +14,42 @@ public:
 
     void sheet(const SheetRecord& s) override
     {
-        side(s.number, 1, s.side1);
-        side(s.number, 2, s.side2);
+        std::string barcodes;
+        if (!s.barcodes.empty() && s.barcodes.dims() == 1)
+            for (int32_t i = s.barcodes.LBound(); i <= s.barcodes.UBound(); ++i)
+                barcodes += (i == s.barcodes.LBound() ? "" : ";") + s.barcodes(i);
+        const std::string fixed = std::string(s.rejected ? "1" : "0") + ',' + quoted(barcodes);
+        side(s.number, 1, s.side1, fixed);
+        side(s.number, 2, s.side2, fixed);
         out_.flush();
     }
     void summary(const BatchSummary&) override { out_.flush(); }
 
 private:
-    void side(int sheet, int sideNumber, const zebreader81::SafeArray<int16_t>& a)
+    // A field as csv: quoted when it holds a separator, a quote or a line break.
+    static std::string quoted(const std::string& text)
+    {
+        if (text.find_first_of(",\"\r\n") == std::string::npos)
+            return text;
+        std::string out = "\"";
+        for (char c : text)
+            out += c == '"' ? std::string("\"\"") : std::string(1, c);
+        return out + '"';
+    }
+
+    void side(int sheet, int sideNumber, const zebreader81::SafeArray<int16_t>& a, const std::string& fixed)
     {
         if (a.empty() || a.dims() != 2)
             return;
         if (!headed_) {
-            out_ << "sheet,side,row";
+            out_ << "sheet,side,row,rejected,barcodes";
             for (int32_t c = a.LBound(2); c <= a.UBound(2); ++c)
                 out_ << ",c" << c;
             out_ << "\n";
             headed_ = true;
         }
         for (int32_t r = a.LBound(1); r <= a.UBound(1); ++r) {
-            out_ << sheet << ',' << sideNumber << ',' << r;
+            out_ << sheet << ',' << sideNumber << ',' << r << ',' << fixed;
             for (int32_t c = a.LBound(2); c <= a.UBound(2); ++c)
                 out_ << ',' << a(r, c);
             out_ << '\n';

@@ -2,29 +2,37 @@
 #include "SheetOutput.h"
 
 #include <algorithm>
+#include <clocale>
 #include <iomanip>
+#include <langinfo.h>
+#include <string>
 
 namespace zebreader::cli {
 
 namespace {
 
+// Shades from none to full: middle dot and block characters, or ASCII.
+const char* const unicodeShades[] = {"\u00B7", "\u2591", "\u2592", "\u2593", "\u2588"};
+const char* const asciiShades[] = {".", ":", "+", "#", "@"};
+
 // Strength 0..15 as a shade; values outside that range (thresholded drivers) count as full.
-const char* shade(int v)
+int shadeIndex(int v) { return v <= 0 ? 0 : v <= 3 ? 1 : v <= 7 ? 2 : v <= 11 ? 3 : 4; }
+
+bool localeIsUtf8()
 {
-    if (v <= 0)
-        return "\u00B7"; // middle dot
-    if (v <= 3)
-        return "\u2591";
-    if (v <= 7)
-        return "\u2592";
-    if (v <= 11)
-        return "\u2593";
-    return "\u2588";
+    const char* previous = std::setlocale(LC_CTYPE, nullptr);
+    const std::string kept = previous ? previous : "C";
+    std::setlocale(LC_CTYPE, "");
+    const std::string codeset = nl_langinfo(CODESET);
+    std::setlocale(LC_CTYPE, kept.c_str());
+    return codeset == "UTF-8" || codeset == "utf8";
 }
 
 class GridOutput : public SheetOutput {
 public:
-    explicit GridOutput(std::ostream& out) : out_(out) {}
+    explicit GridOutput(std::ostream& out) : out_(out), shades_(localeIsUtf8() ? unicodeShades : asciiShades)
+    {
+    }
 
     void sheet(const SheetRecord& s) override
     {
@@ -41,8 +49,11 @@ public:
 
     void summary(const BatchSummary& b) override
     {
-        out_ << (b.result ? "Batch done" : "Batch failed") << ": " << b.read << " sheet(s) read, " << b.sheets
-             << " counted" << (b.cancelScan ? ", stopped" : "") << "\n"
+        // The batch counts every read it starts, also one that failed or was stopped.
+        out_ << (b.result ? "Batch done" : "Batch failed") << ": " << b.read << " sheet(s) read of "
+             << b.sheets << " read(s) started"
+             << (b.sheets > b.read ? " (the others failed or were stopped)" : "")
+             << (b.cancelScan ? ", stopped" : "") << "\n"
              << std::flush;
     }
 
@@ -78,12 +89,13 @@ private:
         for (int32_t r = r0; r <= lastRow; ++r) {
             out_ << "  " << std::setw(3) << r << " ";
             for (int32_t c = c0; c <= lastCol; ++c)
-                out_ << shade(a(r, c));
+                out_ << shades_[shadeIndex(a(r, c))];
             out_ << "\n";
         }
     }
 
     std::ostream& out_;
+    const char* const* shades_;
 };
 
 } // namespace

@@ -1,7 +1,8 @@
 // zebreader models / zebreader profile MODEL: the catalogue as a table or as json.
 #include "CommandLine.h"
+#include "ModelName.h"
 
-#include "channel/basRead.h"
+#include "drivers/basRead.h"
 #include "profiles/ModelTable.h"
 #include "sim/Simulators.h"
 #include "zebreader81/clsZEBReaderProfile.h"
@@ -25,6 +26,18 @@ bool familyIsRead(Family f)
     return f == Family::OpScan || f == Family::ScanMark || f == Family::EZData || f == Family::PDI;
 }
 
+// What a cell of a side array holds, by family.
+const char* markScale(Family f)
+{
+    switch (f) {
+    case Family::OpScan: return "0-15";
+    case Family::ScanMark: return "0-15 (8000/8400: the byte read)";
+    case Family::EZData:
+    case Family::PDI: return "0 or threshold+1";
+    default: return "";
+    }
+}
+
 const char* interfaceName(zebReaderInterfaceType t)
 {
     return t == zebReaderInterfaceTypeUSB ? "USB" : "Serial";
@@ -35,7 +48,8 @@ int runModels(bool asJson)
     clsZEBReaderProfiles profiles;
     json list = json::array();
     if (!asJson)
-        std::printf("%-3s %-36s %-14s %-7s %-5s %s\n", "No", "Model", "Family", "Port", "Reads", "Simulated");
+        std::printf("%-3s %-36s %-14s %-7s %-5s %-10s %s\n", "No", "Model", "Family", "Port", "Reads",
+                    "Simulated", "Marks");
     for (int32_t t = 0; t <= 41; ++t) {
         const auto profile = profiles.Item(std::to_string(t));
         const auto itf = profile ? profile->InterfaceType() : zebReaderInterfaceTypeSerial;
@@ -48,11 +62,12 @@ int runModels(bool asJson)
                             {"family", familyName(family)},
                             {"interface", interfaceName(itf)},
                             {"reads", reads},
-                            {"simulated", simulated}});
+                            {"simulated", simulated},
+                            {"marks", markScale(family)}});
         } else {
-            std::printf("%-3d %-36s %-14s %-7s %-5s %s\n", t, basRead::ReaderTypeName(t).c_str(),
+            std::printf("%-3d %-36s %-14s %-7s %-5s %-10s %s\n", t, basRead::ReaderTypeName(t).c_str(),
                         familyName(family), interfaceName(itf), reads ? "yes" : "no",
-                        simulated ? "yes" : "no");
+                        simulated ? "yes" : "no", markScale(family));
         }
     }
     if (asJson)
@@ -67,6 +82,7 @@ json profileJson(const clsZEBReaderProfile& p)
     j["name"] = p.ReaderName();
     j["family"] = familyName(familyOf(p.ReaderType()));
     j["interface"] = interfaceName(p.InterfaceType());
+    j["marks"] = markScale(familyOf(p.ReaderType()));
     auto triple = [&j](const char* name, auto value, bool enabled, bool visible) {
         j[name] = value;
         j[std::string(name) + "Enabled"] = enabled;
@@ -133,7 +149,7 @@ void addModelsCommands(CLI::App& app, int& status)
     auto model = std::make_shared<std::string>();
     auto profileJsonFlag = std::make_shared<bool>(false);
     auto* profile = app.add_subcommand("profile", "Show one model's profile (factory settings and options)");
-    profile->add_option("MODEL", *model, "A number 0-41 or a display name")->required();
+    profile->add_option("MODEL", *model, modelSyntax)->required();
     profile->add_flag("--json", *profileJsonFlag, "One json object");
     profile->callback([model, profileJsonFlag, &status] { status = runProfile(*model, *profileJsonFlag); });
 }

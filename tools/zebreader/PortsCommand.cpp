@@ -39,11 +39,12 @@ std::map<std::string, std::string> serialDevices()
 // Where COM `port` leads, and why: the environment, the stored map, or the default device.
 std::pair<std::string, std::string> resolve(int port)
 {
+    const std::string path = portPath(port);
     if (const char* env = std::getenv(("ZEBREADER_COM" + std::to_string(port)).c_str()); env && *env)
-        return {env, "environment"};
-    if (auto stored = zebreader81::storedPortPath(port))
-        return {*stored, "stored"};
-    return {"/dev/ttyS" + std::to_string(port - 1), "default"};
+        return {path, "environment"};
+    if (auto stored = zebreader81::storedPortPath(port); stored && !stored->empty())
+        return {path, "stored"};
+    return {path, "default"};
 }
 
 int runList(bool asJson)
@@ -73,8 +74,12 @@ int runList(bool asJson)
     return ExitOk;
 }
 
-int runMap(int port, const std::string& path)
+int runMap(int port, const std::string& given)
 {
+    // The map is read from other folders later: a relative path would lead elsewhere. The
+    // link itself is kept, so a /dev/serial/by-id name still follows the scanner.
+    std::error_code ec;
+    const std::string path = given.empty() ? given : fs::absolute(given, ec).lexically_normal().string();
     if (!zebreader81::storePortPath(port, path)) {
         std::cerr << "zebreader: could not store the mapping of COM" << port << "\n";
         return ExitFailed;

@@ -1,6 +1,12 @@
 #include "ReaderOptions.h"
 
 #include "CommandLine.h"
+#include "ModelName.h"
+#include "SettingsFiles.h"
+
+#include "registry/SettingsValues.h"
+#include "zebreader81/clsZEBReaderProfile.h"
+#include "zebreader81/clsZEBReaderProfiles.h"
 
 #include <charconv>
 #include <sstream>
@@ -8,6 +14,7 @@
 namespace zebreader::cli {
 
 using namespace zebreader81;
+namespace registry = zebreader81::registry;
 
 namespace {
 
@@ -30,6 +37,15 @@ std::vector<std::string> split(const std::string& text, char sep)
     return parts;
 }
 
+std::shared_ptr<clsZEBReaderProfile> profileOf(const clsZEBReader& reader)
+{
+    auto profile = reader.Profiles()->Item(std::to_string(static_cast<int>(reader.ReaderType())));
+    if (!profile)
+        throw UsageError("model " + std::to_string(static_cast<int>(reader.ReaderType())) +
+                         " has no profile");
+    return profile;
+}
+
 // "R:C[,R:C...]": rows and columns of each sheet of the form, element 1 first.
 void setGeometry(clsZEBReader& reader, const std::string& text, int side)
 {
@@ -40,8 +56,15 @@ void setGeometry(clsZEBReader& reader, const std::string& text, int side)
         const auto rc = split(sheets[i], ':');
         if (rc.size() != 2)
             throw UsageError("--side" + std::to_string(side) + ": \"" + sheets[i] + "\" is not ROWS:COLS");
-        rows(static_cast<int32_t>(i + 1)) = toInt16(rc[0], "--side" + std::to_string(side));
-        cols(static_cast<int32_t>(i + 1)) = toInt16(rc[1], "--side" + std::to_string(side));
+        const std::string flag = "--side" + std::to_string(side);
+        rows(static_cast<int32_t>(i + 1)) = toInt16(rc[0], flag);
+        cols(static_cast<int32_t>(i + 1)) = toInt16(rc[1], flag);
+        const int maxCols = profileOf(reader)->MaxCols();
+        if (rows(static_cast<int32_t>(i + 1)) < 1 || cols(static_cast<int32_t>(i + 1)) < 1 ||
+            (maxCols > 0 && cols(static_cast<int32_t>(i + 1)) > maxCols))
+            throw UsageError(flag + ": \"" + sheets[i] +
+                             "\" is not a form size: rows from 1, columns from 1 to " +
+                             std::to_string(maxCols) + " on the " + reader.ReaderName());
     }
     if (side == 1) {
         reader.Side1Rows(rows);
@@ -75,14 +98,14 @@ void addWindow(clsZEBReader& reader, const std::string& text)
 
 void ReaderOptions::addTo(CLI::App& c, bool withSettingsKey)
 {
-    c.add_option("--model", model, "Model: a number 0-41 or a display name (default 2, or the saved one)");
+    c.add_option("--model", model, std::string("Model: ") + modelSyntax + " (default 2, or the saved one)");
     if (withSettingsKey) {
         c.add_option("--settings", settings,
                      "Load the settings saved under this sub-key instead of the model's defaults");
         c.add_option("--root", root, "Settings root: hkcu or hklm")
             ->check(CLI::IsMember({"hkcu", "hklm"}, CLI::ignore_case));
     }
-    c.add_option("--port", port, "COM port number (1-16)")->check(CLI::Range(-32768, 32767));
+    c.add_option("--port", port, "COM port number (1-16)")->check(CLI::Range(1, 16));
     c.add_option("--device", device, "Serial device to use as the port for this run");
     c.add_option("--baud", baud, "Line speed")->check(CLI::Range(1, 4000000));
     c.add_option("--parity", parity, "Parity letter N, E, O, M or S")
@@ -91,12 +114,14 @@ void ReaderOptions::addTo(CLI::App& c, bool withSettingsKey)
     c.add_option("--stop-bits", stopBits, "Stop bits: 1, 1.5 or 2")->check(CLI::IsMember({1.0f, 1.5f, 2.0f}));
     c.add_option("--flow", flow, "Flow control: 0 none, 1 XON/XOFF, 2 RTS/CTS, 3 both")
         ->check(CLI::Range(0, 3));
-    c.add_option("--timeout", timeout, "Reply time-out in seconds");
-    c.add_option("--sleep", sleep, "Pause of the paced waits in milliseconds");
+    c.add_option("--timeout", timeout, "Reply time-out in seconds (1-600)")->check(CLI::Range(1, 600));
+    c.add_option("--sleep", sleep, "Pause of the paced waits in milliseconds (0-10000)")
+        ->check(CLI::Range(0, 10000));
     c.add_option("--cutoff", cutoff, "Mark cut-off level")->check(CLI::Range(-32768, 32767));
     c.add_option("--discrimination", discrimination, "Mark discrimination level")
         ->check(CLI::Range(-32768, 32767));
-    c.add_option("--threshold", threshold, "Recognition threshold")->check(CLI::Range(-32768, 32767));
+    c.add_option("--threshold", threshold,
+                 "Recognition threshold (the model's range, see `zebreader profile`)");
     c.add_flag_callback(
         "--duplex", [this] { duplex = true; }, "The scanner reads both sides");
     c.add_flag_callback(
@@ -126,6 +151,9 @@ bool ReaderOptions::apply(clsZEBReader& reader) const
     if (!model.empty())
         type = parseModel(model);
     if (!settings.empty()) {
+        if (nothingStored(parseRoot(root), settings))
+            throw UsageError("no settings are stored under " + settings + " (" + root +
+                             "): save some with `zebreader settings save --settings '" + settings + "' ...`");
         if (!reader.LoadSettings(parseRoot(root), settings))
             return false;
         if (type)
@@ -159,8 +187,16 @@ bool ReaderOptions::apply(clsZEBReader& reader) const
         reader.MarkCutOff(static_cast<int16_t>(*cutoff));
     if (discrimination)
         reader.MarkDiscrimination(static_cast<int16_t>(*discrimination));
-    if (threshold)
+    if (threshold) {
+        const auto profile = profileOf(reader);
+        if (*threshold < profile->RecognitionThresholdMinimum() ||
+            *threshold > profile->RecognitionThresholdMaximum())
+            throw UsageError("--threshold " + std::to_string(*threshold) + " is outside the range of the " +
+                             reader.ReaderName() + ": " +
+                             std::to_string(profile->RecognitionThresholdMinimum()) + " to " +
+                             std::to_string(profile->RecognitionThresholdMaximum()));
         reader.RecognitionThreshold(static_cast<int16_t>(*threshold));
+    }
     if (duplex)
         reader.Duplex(*duplex);
     if (duplexForm)
@@ -178,13 +214,26 @@ bool ReaderOptions::apply(clsZEBReader& reader) const
     if (mode)
         reader.RecognitionMode(mode->front() == 'w' || mode->front() == 'W' ? zebRecognitionTypeWindow
                                                                             : zebRecognitionTypePage);
-    if (!side1.empty())
-        setGeometry(reader, side1, 1);
-    if (!side2.empty())
-        setGeometry(reader, side2, 2);
+    const auto stored = [&](const char* name) {
+        return settings.empty() ? std::string() : registry::LoadValue(parseRoot(root), settings, name, "");
+    };
+    if (const auto text = side1.empty() ? stored("FormSide1") : side1; !text.empty())
+        setGeometry(reader, text, 1);
+    if (const auto text = side2.empty() ? stored("FormSide2") : side2; !text.empty())
+        setGeometry(reader, text, 2);
     for (const auto& w : windows)
         addWindow(reader, w);
     return true;
+}
+
+std::vector<std::pair<std::string, std::string>> ReaderOptions::formValues() const
+{
+    std::vector<std::pair<std::string, std::string>> out;
+    if (!side1.empty())
+        out.emplace_back("FormSide1", side1);
+    if (!side2.empty())
+        out.emplace_back("FormSide2", side2);
+    return out;
 }
 
 } // namespace zebreader::cli

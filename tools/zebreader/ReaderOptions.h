@@ -30,9 +30,13 @@ struct ReaderOptions {
     /// Adds the flags to a subcommand.
     void addTo(CLI::App& command, bool withSettingsKey);
     /// LoadSettings or LoadDefaults, then every flag given; --device is mapped to the
-    /// reader's port.
-    /// Returns False when loading failed (already reported); throws UsageError on bad values.
+    /// reader's port. A form size saved with the settings is used unless --side1/--side2 say
+    /// otherwise. Returns False when loading failed (already reported); throws UsageError on
+    /// bad values and on a settings sub-key that holds nothing.
     bool apply(zebreader81::clsZEBReader& reader) const;
+    /// The form size given on the command line as the values the tool saves beside the
+    /// reader's settings ("FormSide1" = "53:40"...).
+    std::vector<std::pair<std::string, std::string>> formValues() const;
 };
 
 } // namespace zebreader::cli

@@ -4,6 +4,7 @@
 #include "ReaderOptions.h"
 #include "SettingsFiles.h"
 
+#include "registry/SettingsValues.h"
 #include "zebreader81/clsZEBReader.h"
 
 #include <nlohmann/json.hpp>
@@ -15,6 +16,7 @@ namespace zebreader::cli {
 
 using namespace zebreader81;
 using json = nlohmann::ordered_json;
+namespace registry = zebreader81::registry;
 
 namespace {
 
@@ -72,10 +74,19 @@ void print(const std::vector<std::pair<std::string, std::string>>& list, bool as
         std::cout << name << "=" << value << "\n";
 }
 
+// A sub-key that holds nothing would load as the defaults without a word.
+void requireStored(const std::string& root, const std::string& key)
+{
+    if (nothingStored(parseRoot(root), key))
+        throw UsageError("no settings are stored under " + key + " (" + root +
+                         "): save some with `zebreader settings save --settings '" + key + "' ...`");
+}
+
 int finish(const ErrorSink& errors, bool ok) { return ok && errors.count() == 0 ? ExitOk : ExitFailed; }
 
 int runLoad(const SettingsOptions& o)
 {
+    requireStored(o.root, o.key);
     auto errors = ErrorSink::install(o.json || !stdoutIsTerminal());
     clsZEBReader reader;
     const bool ok = reader.LoadSettings(parseRoot(o.root), o.key);
@@ -95,13 +106,31 @@ int runShow(const SettingsOptions& o)
 int runSave(const SettingsOptions& o)
 {
     auto errors = ErrorSink::install(o.json || !stdoutIsTerminal());
+    const auto root = parseRoot(o.root);
+    // Only what the command line gives changes: the rest stays as stored.
+    ReaderOptions options = o.reader;
+    if (somethingStored(root, o.key)) {
+        options.settings = o.key;
+        options.root = o.root;
+    }
     clsZEBReader reader;
-    if (!o.reader.apply(reader))
+    if (!options.apply(reader))
         return ExitFailed;
-    const bool ok = reader.SaveSettings(parseRoot(o.root), o.key);
-    if (ok)
-        std::cerr << "zebreader: saved the settings of " << reader.ReaderName() << " under " << o.key << "\n";
-    return finish(*errors, ok);
+    bool ok = reader.SaveSettings(root, o.key);
+    auto expected = values(reader);
+    for (const auto& [name, text] : options.formValues()) {
+        ok = registry::SaveValue(root, o.key, name, text) && ok;
+        expected.emplace_back(name, text);
+    }
+    if (const std::string problem = saveProblem(root, o.key, expected); !problem.empty() || !ok) {
+        std::cerr << "zebreader: the settings were not saved under " << o.key << ": "
+                  << (problem.empty() ? "the store refused them" : problem) << "\n";
+        return ExitFailed;
+    }
+    if (errors->count() > 0)
+        return ExitFailed;
+    std::cerr << "zebreader: saved the settings of " << reader.ReaderName() << " under " << o.key << "\n";
+    return ExitOk;
 }
 
 int runImport(const SettingsOptions& o)

@@ -14,6 +14,14 @@ namespace zebreader::cli {
 /// (after a report) when the store cannot be read.
 bool storedValues(zebreader81::zebReaderRegistryKey root, const std::string& subKey,
                   std::vector<std::pair<std::string, std::string>>& out);
+/// True when the store can be read and holds no value directly under root\subKey.
+bool nothingStored(zebreader81::zebReaderRegistryKey root, const std::string& subKey);
+/// True when the store can be read and holds values directly under root\subKey.
+bool somethingStored(zebreader81::zebReaderRegistryKey root, const std::string& subKey);
+/// Why `expected` is not what root\subKey holds now ("" when it is): the values read back
+/// from the store after a save, checked one by one.
+std::string saveProblem(zebreader81::zebReaderRegistryKey root, const std::string& subKey,
+                        const std::vector<std::pair<std::string, std::string>>& expected);
 /// Merges a registry export file into the store.
 bool importRegFile(const std::string& path);
 /// Writes root\subKey and everything below it as a registry export file: UTF-16 as the

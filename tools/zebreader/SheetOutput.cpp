@@ -35,11 +35,8 @@ private:
 
 std::unique_ptr<SheetOutput> makeOutput(const std::string& format, const std::string& path)
 {
-    if (format == "svg") {
-        if (path.empty())
-            throw UsageError("--format svg writes one file per sheet: name a folder with --output");
-        return makeSvgOutput(path);
-    }
+    if (format == "svg")
+        return makeSvgOutput(path == "-" ? "" : path);
     auto make = format == "json" ? makeJsonOutput : format == "csv" ? makeCsvOutput : makeGridOutput;
     if (path.empty() || path == "-")
         return make(std::cout);

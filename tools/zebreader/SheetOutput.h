@@ -22,7 +22,7 @@ struct SheetRecord {
 /// The end of the batch.
 struct BatchSummary {
     bool result = false;
-    int32_t sheets = 0; // lSheetCount
+    int32_t sheets = 0; // lSheetCount: reads attempted, also one that failed or was stopped
     int read = 0;       // ReadSheet events
     bool cancelScan = false;
 };
@@ -36,11 +36,12 @@ public:
 
 /// The writer of `format` (json, grid, csv or svg). json, grid and csv write to `path` or,
 /// when it is empty, to standard output; svg writes one file per sheet into the folder
-/// `path`. Throws UsageError when the destination cannot be used.
+/// `path` (empty: the current folder). Throws UsageError when the destination cannot be used.
 std::unique_ptr<SheetOutput> makeOutput(const std::string& format, const std::string& path);
 
 // The writers themselves.
 std::unique_ptr<SheetOutput> makeJsonOutput(std::ostream& out);
+/// Shades in UTF-8 block characters when the locale's character set is UTF-8, else in ASCII.
 std::unique_ptr<SheetOutput> makeGridOutput(std::ostream& out);
 std::unique_ptr<SheetOutput> makeCsvOutput(std::ostream& out);
 std::unique_ptr<SheetOutput> makeSvgOutput(const std::string& folder);

@@ -1,7 +1,7 @@
 #include "Simulation.h"
 
 #include "CommandLine.h"
-#include "channel/basRead.h"
+#include "drivers/basRead.h"
 #include "sim/SheetFile.h"
 #include "sim/Simulators.h"
 

@@ -81,6 +81,9 @@ class SvgOutput : public SheetOutput {
 public:
     explicit SvgOutput(std::string folder) : folder_(std::move(folder))
     {
+        // Without a folder the pictures go into the current one.
+        if (folder_.empty())
+            return;
         std::error_code ec;
         std::filesystem::create_directories(folder_, ec);
         if (!std::filesystem::is_directory(folder_))

@@ -1,8 +1,6 @@
 #include "Trace.h"
 
 #include "CommandLine.h"
-#include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
 
 #include <cstdio>
 
@@ -14,21 +12,9 @@ TraceFile::TraceFile(const std::string& path) : out_(path, std::ios::binary | st
         throw UsageError("--trace: cannot write \"" + path + "\"");
 }
 
-TraceFile::~TraceFile() { detach(); }
-
-void TraceFile::attach(zebreader81::clsZEBReader& reader, const std::string& portName)
+void TraceFile::header(const std::string& portName)
 {
-    reader_ = &reader;
     out_ << "# zebreader trace of " << portName << ": time in seconds, > sent, < received\n";
-    zebreader81::Reader::fComm(reader).mscComm.setTrace(
-        [this](bool sent, const std::string& bytes) { record(sent, bytes); });
-}
-
-void TraceFile::detach()
-{
-    if (reader_)
-        zebreader81::Reader::fComm(*reader_).mscComm.setTrace(nullptr);
-    reader_ = nullptr;
     out_.flush();
 }
 

@@ -11,27 +11,20 @@
 #include <fstream>
 #include <string>
 
-namespace zebreader81 {
-class clsZEBReader;
-}
-
 namespace zebreader::cli {
 
 class TraceFile {
 public:
     /// Creates (truncates) the file; throws UsageError when it cannot.
     explicit TraceFile(const std::string& path);
-    /// Hooks into the reader's serial control for the life of this object.
-    void attach(zebreader81::clsZEBReader& reader, const std::string& portName);
-    void detach();
-    ~TraceFile();
-
+    /// The first line: which port the trace is of.
+    void header(const std::string& portName);
+    /// One transfer, sent or received.
     void record(bool sent, const std::string& bytes);
 
 private:
     std::ofstream out_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
-    zebreader81::clsZEBReader* reader_ = nullptr;
 };
 
 } // namespace zebreader::cli

@@ -8,6 +8,7 @@ int main(int argc, char** argv)
     using namespace zebreader::cli;
     CLI::App app{"zebreader: read optical mark sheets with ZEBReader81"};
     app.require_subcommand(1);
+    app.set_version_flag("--version", "zebreader " ZEBREADER_VERSION);
     app.set_help_all_flag("--help-all", "Help for every command");
     int status = ExitOk;
     for (Registration add :

@@ -1,7 +1,7 @@
 #include "drivers/ncs/OpScanPageDecoder.h"
 
+#include "core/basError.h"
 #include "drivers/ncs/OpScanProtocol.h"
-#include "engine/basError.h"
 
 #include <limits>
 

@@ -1,10 +1,10 @@
 #include "drivers/ncs/basNCS.h"
 
 #include "channel/frmComm.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
 #include "drivers/ncs/OpScanPageDecoder.h"
 #include "drivers/ncs/OpScanProtocol.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
 
 #include <algorithm>
 #include <chrono>

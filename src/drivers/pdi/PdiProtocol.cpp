@@ -1,6 +1,6 @@
 #include "drivers/pdi/PdiProtocol.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <limits>
 

@@ -1,9 +1,9 @@
 #include "drivers/pdi/basPeripheralDynamics.h"
 
 #include "channel/frmComm.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
 #include "drivers/pdi/PdiProtocol.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
 
 #include <chrono>
 #include <limits>

@@ -1,6 +1,6 @@
 #include "drivers/scantron/ScanMarkCommands.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "zebreader81/clsZEBReaderWindows.h"
 
 #include <limits>

@@ -1,11 +1,19 @@
 #include "drivers/scantron/ScanMarkPort.h"
 
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
+#include "drivers/ReaderAccess.h"
 
 #include <chrono>
 
-namespace zebreader81::scanmark {
+namespace zebreader81 {
+
+// Longest a flush keeps draining a line that never falls quiet.
+constexpr std::chrono::seconds flushLimit{1};
+
+void FlushInputST(clsZEBReader& reader) { wait::drain(Reader::fComm(reader).mscComm, flushLimit); }
+
+namespace scanmark {
 
 void waitTurn(clsZEBReader& reader)
 {
@@ -41,4 +49,5 @@ std::string takeWaiting(clsZEBReader& reader)
     return reply;
 }
 
-} // namespace zebreader81::scanmark
+} // namespace scanmark
+} // namespace zebreader81

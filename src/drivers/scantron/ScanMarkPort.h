@@ -6,6 +6,10 @@
 namespace zebreader81 {
 class clsZEBReader;
 
+/// Empties the receive buffer, giving up on a line that never falls quiet; every error is
+/// ignored.
+void FlushInputST(clsZEBReader& reader);
+
 namespace scanmark {
 
 /// One turn of a wait: yields until input arrives, the timer runs out, a cancel request or

@@ -2,14 +2,13 @@
 // 8000/8400. The form download is in basScantronForm.cpp.
 #include "drivers/scantron/basScantron.h"
 
-#include "channel/Probes.h"
 #include "channel/frmComm.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
 #include "drivers/scantron/ScanMarkCommands.h"
 #include "drivers/scantron/ScanMarkMarks.h"
 #include "drivers/scantron/ScanMarkPort.h"
 #include "drivers/scantron/ScanMarkStatus.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
 
 #include <algorithm>
 #include <chrono>

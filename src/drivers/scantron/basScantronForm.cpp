@@ -1,11 +1,10 @@
 // basScantron: the form definition download and the acknowledged command.
-#include "channel/Probes.h"
 #include "channel/frmComm.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
 #include "drivers/scantron/ScanMarkCommands.h"
 #include "drivers/scantron/ScanMarkPort.h"
 #include "drivers/scantron/basScantron.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
 
 namespace zebreader81::basScantron {
 

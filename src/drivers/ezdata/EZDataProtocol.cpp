@@ -1,4 +1,4 @@
-#include "drivers/ncs/EZDataProtocol.h"
+#include "drivers/ezdata/EZDataProtocol.h"
 
 namespace zebreader81::ezdata {
 

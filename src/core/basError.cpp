@@ -1,4 +1,4 @@
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <iostream>
 #include <mutex>

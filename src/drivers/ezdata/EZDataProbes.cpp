@@ -1,9 +1,9 @@
-#include "channel/Probes.h"
+#include "drivers/ezdata/EZDataProbes.h"
 
-#include "channel/basRead.h"
 #include "channel/frmComm.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
+#include "drivers/basRead.h"
 
 #include <chrono>
 
@@ -14,9 +14,6 @@ namespace {
 constexpr char DC2 = 18;
 constexpr char ESC = 27;
 constexpr char CR = 13;
-
-// Longest a flush keeps draining a line that never falls quiet.
-constexpr auto flushLimit = std::chrono::seconds(1);
 
 // The probe opens the port itself; a port that was already open (against the rules) is not
 // the probe's to close.
@@ -93,17 +90,6 @@ bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
         return true;
     } catch (...) {
         return false;
-    }
-}
-
-void FlushInputST(clsZEBReader& reader)
-{
-    try {
-        auto& com = Reader::fComm(reader).mscComm;
-        const auto until = std::chrono::steady_clock::now() + flushLimit;
-        while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
-            com.Input();
-    } catch (...) {
     }
 }
 

@@ -1,16 +1,16 @@
-#include "channel/basRead.h"
+#include "drivers/basRead.h"
 
 #include "channel/frmComm.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
 #include "drivers/apperson/basApperson.h"
 #include "drivers/chatsworth/basChatsworth.h"
+#include "drivers/ezdata/basNCSEZData.h"
 #include "drivers/ncs/basNCS.h"
-#include "drivers/ncs/basNCSEZData.h"
 #include "drivers/pdi/basPeripheralDynamics.h"
 #include "drivers/scantron/basScantron.h"
 #include "drivers/sekonic/basScanningSystems.h"
 #include "drivers/sekonic/basSekonicSR.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
 
 #include <array>
 #include <charconv>

@@ -1,4 +1,4 @@
-// Port probe and firmware query of the EZData/Chatsworth protocol, and the input flush.
+// Port probe and firmware query: the models that answer them speak the EZData protocol.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,5 @@ bool LocateNCSEZ(clsZEBReader& reader, int16_t& port);
 /// Opens the reader's port and asks for the firmware text (what precedes the first "G" CR,
 /// trimmed of blanks). The port is closed again; any error means False.
 bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text);
-/// Empties the receive buffer; every error is ignored.
-void FlushInputST(clsZEBReader& reader);
 
 } // namespace zebreader81

@@ -1,7 +1,7 @@
-#include "drivers/ncs/EZDataSheet.h"
+#include "drivers/ezdata/EZDataSheet.h"
 
-#include "drivers/ncs/EZDataProtocol.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ezdata/EZDataProtocol.h"
 
 #include <array>
 

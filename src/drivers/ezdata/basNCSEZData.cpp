@@ -1,11 +1,11 @@
-#include "drivers/ncs/basNCSEZData.h"
+#include "drivers/ezdata/basNCSEZData.h"
 
-#include "channel/Probes.h"
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
-#include "drivers/ncs/EZDataProtocol.h"
-#include "drivers/ncs/EZDataSheet.h"
-#include "engine/ReaderAccess.h"
-#include "engine/basError.h"
+#include "core/basError.h"
+#include "drivers/ReaderAccess.h"
+#include "drivers/ezdata/EZDataProtocol.h"
+#include "drivers/ezdata/EZDataSheet.h"
 
 #include <limits>
 #include <optional>
@@ -26,6 +26,10 @@ constexpr const char* CheckThresholdLocation = "ZEBReader81 - basNCSEZData.Check
 
 // A sheet stuck in the transport is ejected at most this often before the init gives up.
 constexpr int MaxTransportEjects = 3;
+// Longest a flush keeps draining a line that never falls quiet.
+constexpr std::chrono::seconds flushLimit{1};
+
+void flushInput(clsZEBReader& reader) { wait::drain(Reader::fComm(reader).mscComm, flushLimit); }
 
 bool fail(const std::string& message, const char* location)
 {
@@ -84,7 +88,7 @@ std::string actionAnswer(frmComm& fc)
 bool action(clsZEBReader& reader, std::string_view commandWord, std::string_view step, const char* location)
 {
     auto& fc = Reader::fComm(reader);
-    FlushInputST(reader);
+    flushInput(reader);
     fc.mscComm.Output(frame(commandWord));
     const AnswerFault fault = checkAnswer(actionAnswer(fc), 2);
     if (fault != AnswerFault::None)
@@ -128,7 +132,7 @@ bool checkStatus(clsZEBReader& reader)
 {
     auto& com = Reader::fComm(reader).mscComm;
     for (int ejects = 0;; ++ejects) {
-        FlushInputST(reader);
+        flushInput(reader);
         com.Output(frame(word::Status));
         frmComm::Sleep(100);
         if (com.InBufferCount() != static_cast<int16_t>(StatusAnswerLength))
@@ -164,7 +168,7 @@ bool checkStatus(clsZEBReader& reader)
 bool InitReaderNCSEZ(clsZEBReader& reader)
 {
     return trap(InitLocation, false, [&] {
-        FlushInputST(reader);
+        flushInput(reader);
         frmComm::Sleep(100);
 
         const auto config = readConfiguration(reader);
@@ -208,7 +212,7 @@ bool ReadPageNCSEZ(clsZEBReader& reader)
 
         auto& fc = Reader::fComm(reader);
         auto& com = fc.mscComm;
-        FlushInputST(reader);
+        flushInput(reader);
         com.Output(frame(word::Enable));
         frmComm::Sleep(500);
 
@@ -253,7 +257,7 @@ bool SetValuesNCSEZ(clsZEBReader& reader, const std::string& frame, const std::s
 {
     return trap(SetValuesLocation, false, [&] {
         auto& com = Reader::fComm(reader).mscComm;
-        FlushInputST(reader);
+        flushInput(reader);
         com.Output(frame);
         frmComm::Sleep(100);
         std::string answer;

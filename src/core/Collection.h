@@ -3,7 +3,7 @@
 // run-time errors (9 for a position, 5 for a key); callers decide whether to trap them.
 #pragma once
 
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "zebreader81/CollectionIndex.h"
 
 #include <algorithm>
