@@ -1,6 +1,6 @@
 #include "dialog/OptionsForm.h"
 
-#include "engine/basError.h"
+#include "core/basError.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,5 +1,5 @@
 // The settings dialog: a hook that a face installs, since the engine has no windows.
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "zebreader81/OptionsDialog.h"
 #include "zebreader81/clsZEBReader.h"
 

@@ -1,7 +1,7 @@
 // The settings dialog's logic: controls per model, lists, checks of typed values, and values
 // between the reader and the form; the dialog hook of ShowOptions.
 #include "dialog/OptionsForm.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "support/TestHost.h"
 

@@ -2,7 +2,7 @@
 
 #include "dialog/OptionsForm.h"
 #include "dialog/win32/frmOptionsIds.h"
-#include "engine/basError.h"
+#include "core/basError.h"
 #include "zebreader81/OptionsDialog.h"
 
 #include <windows.h>
