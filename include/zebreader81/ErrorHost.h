@@ -32,8 +32,8 @@ public:
 /// (exclamation), title "Application Error".
 using MessageBoxHook = std::function<void(const std::string& text, const std::string& title, int32_t style)>;
 
-/// Replaces the message box for the whole process; an empty hook restores the default,
-/// which writes the title and the text to standard error.
+/// Replaces the message box for the whole process; an empty hook restores the default:
+/// MessageBoxA on Windows, the title and the text on standard error elsewhere.
 ZEBREADER81_API void SetMessageBoxHook(MessageBoxHook hook);
 
 } // namespace zebreader81

@@ -173,8 +173,8 @@ std::string notATerminal(int fd)
 
 } // namespace
 
-std::unique_ptr<SerialBackend> openPosixSerial(const std::string& path, const LineSettings& settings,
-                                               int handshaking)
+std::unique_ptr<SerialBackend> openSerialDevice(const std::string& path, const LineSettings& settings,
+                                                int handshaking)
 {
     const int fd = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {

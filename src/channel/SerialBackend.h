@@ -47,14 +47,14 @@ public:
     virtual bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake) = 0;
 };
 
-/// Opens the device at `path` exclusively in raw mode with an empty input queue: 8002 when it
-/// does not exist or is no terminal, 8005 when another reader holds it, 8015 when it refuses
-/// the settings.
-std::unique_ptr<SerialBackend> openPosixSerial(const std::string& path, const LineSettings& settings,
-                                               int handshaking);
+/// Opens the device at `path` (resolvePortPath) exclusively in raw mode with an empty input
+/// queue: 8002 when it does not exist or is no serial line, 8005 when another reader holds it,
+/// 8015 when it refuses the settings.
+std::unique_ptr<SerialBackend> openSerialDevice(const std::string& path, const LineSettings& settings,
+                                                int handshaking);
 
-/// Device path of COM port `port`: ZEBREADER_COM<port>, else the stored port map,
-/// else /dev/ttyS<port-1>.
+/// Device path of COM port `port`. POSIX: ZEBREADER_COM<port>, else the stored port map,
+/// else /dev/ttyS<port-1>. Win32: \\.\COM<port>.
 std::string resolvePortPath(int port);
 
 } // namespace zebreader81

@@ -62,7 +62,7 @@ void SerialControl::PortOpen(bool value)
         return;
     }
     if (value) {
-        backend_ = openPosixSerial(resolvePortPath(commPort_), LineSettings::parse(settings_), handshaking_);
+        backend_ = openSerialDevice(resolvePortPath(commPort_), LineSettings::parse(settings_), handshaking_);
     } else {
         backend_.reset();
     }

@@ -1,6 +1,7 @@
 #include "core/basError.h"
 
-#include <iostream>
+#include "core/SystemMessageBox.h"
+
 #include <mutex>
 
 namespace zebreader81 {
@@ -26,7 +27,7 @@ void showMessageBox(const std::string& text, const std::string& title, int32_t s
         (*hook)(text, title, style);
         return;
     }
-    std::cerr << title << ": " << text << std::endl;
+    showSystemMessageBox(text, title, style);
 }
 
 std::string stripComponentName(std::string location)
