@@ -1,0 +1,113 @@
+// The DLL's entry points for COM: class objects, unloading, and the message box of the error
+// reporter.
+#include "automation/ComBase.h"
+#include "automation/Objects.h"
+#include "automation/Registration.h"
+#include "zebreader81/ErrorHost.h"
+
+#include <atomic>
+
+namespace zebreader81::automation {
+
+namespace {
+
+LONG liveObjects = 0;
+
+class ClassFactory final : public IClassFactory {
+public:
+    explicit ClassFactory(Creator create) : create_(create) { moduleAddRef(); }
+    ~ClassFactory() { moduleRelease(); }
+    ClassFactory(const ClassFactory&) = delete;
+    ClassFactory& operator=(const ClassFactory&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
+    {
+        if (!out)
+            return E_POINTER;
+        *out = nullptr;
+        if (riid != IID_IUnknown && riid != IID_IClassFactory)
+            return E_NOINTERFACE;
+        *out = static_cast<IClassFactory*>(this);
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const LONG left = InterlockedDecrement(&refs_);
+        if (left == 0)
+            delete this;
+        return static_cast<ULONG>(left);
+    }
+    HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* outer, REFIID riid, void** out) override
+    {
+        if (!out)
+            return E_POINTER;
+        *out = nullptr;
+        if (outer)
+            return CLASS_E_NOAGGREGATION;
+        return create_(riid, out);
+    }
+    HRESULT STDMETHODCALLTYPE LockServer(BOOL lock) override
+    {
+        lock ? moduleAddRef() : moduleRelease();
+        return S_OK;
+    }
+
+private:
+    Creator create_;
+    LONG refs_ = 1;
+};
+
+// Without a registered error object the reporter shows a modal box, owned by the host's window.
+void installMessageBox()
+{
+    static std::atomic<bool> installed{false};
+    if (installed.exchange(true))
+        return;
+    SetMessageBoxHook([](const std::string& text, const std::string& title, int32_t style) {
+        MessageBoxA(GetActiveWindow(), text.c_str(), title.c_str(), static_cast<UINT>(style) | MB_TASKMODAL);
+    });
+}
+
+} // namespace
+
+void moduleAddRef() { InterlockedIncrement(&liveObjects); }
+void moduleRelease() { InterlockedDecrement(&liveObjects); }
+LONG moduleCount() { return liveObjects; }
+
+} // namespace zebreader81::automation
+
+using namespace zebreader81::automation;
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
+{
+    if (reason == DLL_PROCESS_ATTACH) {
+        setModuleHandle(instance);
+        DisableThreadLibraryCalls(instance);
+    }
+    return TRUE;
+}
+
+extern "C" HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID riid, void** out)
+{
+    if (!out)
+        return E_POINTER;
+    *out = nullptr;
+    const Creator create = creatorOf(clsid);
+    if (!create)
+        return CLASS_E_CLASSNOTAVAILABLE;
+    installMessageBox();
+    auto* factory = new (std::nothrow) ClassFactory(create);
+    if (!factory)
+        return E_OUTOFMEMORY;
+    const HRESULT hr = factory->QueryInterface(riid, out);
+    factory->Release();
+    return hr;
+}
+
+extern "C" HRESULT STDAPICALLTYPE DllCanUnloadNow() { return moduleCount() == 0 ? S_OK : S_FALSE; }
+
+extern "C" HRESULT STDAPICALLTYPE DllRegisterServer() { return registerServer(); }
+
+extern "C" HRESULT STDAPICALLTYPE DllUnregisterServer() { return unregisterServer(); }
