@@ -3,6 +3,7 @@
 #include "automation/ComBase.h"
 #include "automation/Objects.h"
 #include "automation/Registration.h"
+#include "dialog/win32/frmOptions.h"
 #include "zebreader81/ErrorHost.h"
 
 #include <atomic>
@@ -85,6 +86,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
     if (reason == DLL_PROCESS_ATTACH) {
         setModuleHandle(instance);
         DisableThreadLibraryCalls(instance);
+        InstallOptionsDialog();
     }
     return TRUE;
 }
