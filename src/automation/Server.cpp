@@ -86,7 +86,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
     if (reason == DLL_PROCESS_ATTACH) {
         setModuleHandle(instance);
         DisableThreadLibraryCalls(instance);
-        InstallOptionsDialog();
+        zebreader81::InstallOptionsDialog();
     }
     return TRUE;
 }
