@@ -152,6 +152,14 @@ struct OptionsDialog : ::testing::Test {
         reader.Port(2);
     }
     ~OptionsDialog() override { SetOptionsDialogHook(nullptr); }
+
+    std::string reported() const
+    {
+        std::string all;
+        for (const auto& r : errors.host->reports)
+            all += r.description + "\n";
+        return all;
+    }
 };
 
 TEST_F(OptionsDialog, ModelChangeShowsWhatTheNewModelOffersAndCancelKeepsTheReader)
@@ -189,10 +197,10 @@ TEST_F(OptionsDialog, ModelChangeShowsWhatTheNewModelOffersAndCancelKeepsTheRead
              press(s.dialog, IDCANCEL);
          }},
     });
-    EXPECT_FALSE(reader.ShowOptions(owner));
+    EXPECT_FALSE(reader.ShowOptions(owner)) << reported();
     EXPECT_TRUE(driver.finished());
     EXPECT_EQ(options::valuesOf(reader), before);
-    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_TRUE(errors.host->reports.empty()) << reported();
     DestroyWindow(owner);
 }
 
@@ -219,7 +227,7 @@ TEST_F(OptionsDialog, AnOutOfRangeThresholdIsRefusedAndOkWritesTheReader)
              press(s.dialog, IDOK);
          }},
     });
-    EXPECT_TRUE(reader.ShowOptions());
+    EXPECT_TRUE(reader.ShowOptions()) << reported();
     EXPECT_TRUE(driver.finished());
     EXPECT_EQ(reader.RecognitionThreshold(), 9);
     EXPECT_EQ(reader.Port(), 3);
@@ -247,7 +255,7 @@ TEST_F(OptionsDialog, DefaultsLoadTheChosenModelsFactoryValues)
              press(s.dialog, IDOK);
          }},
     });
-    EXPECT_TRUE(reader.ShowOptions());
+    EXPECT_TRUE(reader.ShowOptions()) << reported();
     EXPECT_TRUE(driver.finished());
     EXPECT_EQ(reader.ReaderType(), zebReaderTypePDIVMR138);
     EXPECT_EQ(reader.RecognitionThreshold(), 240);
