@@ -1,8 +1,8 @@
 #include "dialog/win32/frmOptions.h"
 
+#include "core/basError.h"
 #include "dialog/OptionsForm.h"
 #include "dialog/win32/frmOptionsIds.h"
-#include "core/basError.h"
 #include "zebreader81/OptionsDialog.h"
 
 #include <windows.h>
