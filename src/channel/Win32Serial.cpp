@@ -118,13 +118,13 @@ public:
         dcb.fOutxCtsFlow = rtsCts;
         dcb.fRtsControl = rtsCts ? RTS_CONTROL_HANDSHAKE : RTS_CONTROL_ENABLE;
         // A device may take a rate it cannot run and keep another; only the read-back tells.
-        // A pseudo-terminal (a port Wine maps to one) always reads back 8 data bits without
-        // parity, so that framing is not held against it.
+        // A pseudo-terminal (a port Wine maps to one) always reads back 8 data bits, and its
+        // parity then reads back as whatever the leftover flags make of it (odd parity gives
+        // no valid value), so that framing is not held against it.
         DCB now{};
         now.DCBlength = sizeof now;
         const auto framed = [&dcb](const DCB& back) {
-            return (back.ByteSize == dcb.ByteSize && back.Parity == dcb.Parity) ||
-                   (back.ByteSize == 8 && back.Parity == NOPARITY);
+            return back.ByteSize == 8 || (back.ByteSize == dcb.ByteSize && back.Parity == dcb.Parity);
         };
         if (!SetCommState(port_, &dcb) || !GetCommState(port_, &now) || now.BaudRate != dcb.BaudRate ||
             !framed(now) || now.StopBits != dcb.StopBits) {
