@@ -89,7 +89,7 @@ private:
         SysFreeString(name);
         BSTR lookup = SysAllocString(full.c_str());
         bool found = false;
-        if (SUCCEEDED(handler_->QueryInterface(IID_IDispatchEx, reinterpret_cast<void**>(&ex))))
+        if (SUCCEEDED(handler_->QueryInterface(__uuidof(IDispatchEx), reinterpret_cast<void**>(&ex))))
             found = SUCCEEDED(ex->GetDispID(lookup, fdexNameCaseInsensitive, &target));
         else
             found = SUCCEEDED(handler_->GetIDsOfNames(IID_NULL, &lookup, 1, LOCALE_USER_DEFAULT, &target));

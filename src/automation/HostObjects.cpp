@@ -2,6 +2,8 @@
 
 #include "automation/Convert.h"
 
+#include <dispex.h>
+
 #include <array>
 #include <stdexcept>
 
@@ -9,11 +11,23 @@ namespace zebreader81::automation {
 
 namespace {
 
+// Script objects answer names through IDispatchEx (Wine's VBScript objects only there).
 DISPID dispidOf(IDispatch* object, const wchar_t* name)
 {
     DISPID id = DISPID_UNKNOWN;
-    auto* text = const_cast<LPOLESTR>(name);
-    if (FAILED(object->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, &id)))
+    IDispatchEx* ex = nullptr;
+    HRESULT hr = E_FAIL;
+    if (SUCCEEDED(object->QueryInterface(__uuidof(IDispatchEx), reinterpret_cast<void**>(&ex)))) {
+        BSTR text = SysAllocString(name);
+        hr = ex->GetDispID(text, fdexNameCaseInsensitive, &id);
+        SysFreeString(text);
+        ex->Release();
+    }
+    if (FAILED(hr)) {
+        auto* text = const_cast<LPOLESTR>(name);
+        hr = object->GetIDsOfNames(IID_NULL, &text, 1, LOCALE_USER_DEFAULT, &id);
+    }
+    if (FAILED(hr))
         throw std::runtime_error("The error object has no member of that name");
     return id;
 }
@@ -66,33 +80,44 @@ public:
                        int32_t& constant, std::string& text4, std::string& text5, std::string& text6,
                        bool& flag) override
     {
-        // Arguments 2 to 14 of the reporter, each by reference, in the reporter's order.
-        VARIANT numberValue;
-        VariantInit(&numberValue);
-        V_VT(&numberValue) = VT_I4;
-        V_I4(&numberValue) = number;
-        LONG longs[2] = {kind, constant};
+        // Arguments 2 to 14 of the reporter in its order, each by reference: the number as a
+        // Variant, the others typed. Script objects (IDispatchEx) get every one as a Variant
+        // reference instead, the only kind Wine's JScript reads.
         std::string* texts[] = {&description, &location, &title, &text1, &text2,
                                 &text3,       &text4,    &text5, &text6};
-        std::array<BSTR, 9> bstrs{};
-        for (std::size_t i = 0; i < bstrs.size(); ++i)
-            bstrs[i] = toBstr(*texts[i]);
-        VARIANT_BOOL flagValue = toVariantBool(flag);
-
-        std::array<VARIANT, 13> args{};
-        auto set = [&](std::size_t position, VARTYPE type, void* where) {
-            VARIANT& a = args[args.size() - 1 - position];
-            V_VT(&a) = static_cast<VARTYPE>(type | VT_BYREF);
-            V_BYREF(&a) = where;
+        std::array<VARIANT, 13> values{};
+        for (auto& v : values)
+            VariantInit(&v);
+        auto setLong = [&](std::size_t at, int32_t value) {
+            V_VT(&values[at]) = VT_I4;
+            V_I4(&values[at]) = value;
         };
-        set(0, VT_VARIANT, &numberValue);
-        set(1, VT_I4, &longs[0]);
-        for (std::size_t i = 0; i < 6; ++i)
-            set(2 + i, VT_BSTR, &bstrs[i]);
-        set(8, VT_I4, &longs[1]);
-        for (std::size_t i = 6; i < 9; ++i)
-            set(3 + i, VT_BSTR, &bstrs[i]);
-        set(12, VT_BOOL, &flagValue);
+        setLong(0, number);
+        setLong(1, kind);
+        setLong(8, constant);
+        for (std::size_t i = 0, at = 2; i < 9; ++i, at = (at == 7 ? 9 : at + 1)) {
+            V_VT(&values[at]) = VT_BSTR;
+            V_BSTR(&values[at]) = toBstr(*texts[i]);
+        }
+        V_VT(&values[12]) = VT_BOOL;
+        V_BOOL(&values[12]) = toVariantBool(flag);
+
+        IDispatchEx* ex = nullptr;
+        const bool script =
+            SUCCEEDED(object_->QueryInterface(__uuidof(IDispatchEx), reinterpret_cast<void**>(&ex)));
+        if (ex)
+            ex->Release();
+        std::array<VARIANT, 13> args{};
+        for (std::size_t at = 0; at < values.size(); ++at) {
+            VARIANT& a = args[args.size() - 1 - at];
+            if (script || at == 0) {
+                V_VT(&a) = VT_VARIANT | VT_BYREF;
+                V_VARIANTREF(&a) = &values[at];
+            } else {
+                V_VT(&a) = static_cast<VARTYPE>(V_VT(&values[at]) | VT_BYREF);
+                V_BYREF(&a) = &V_UI1(&values[at]);
+            }
+        }
 
         DISPPARAMS params{args.data(), nullptr, static_cast<UINT>(args.size()), 0};
         VARIANT result;
@@ -102,22 +127,24 @@ public:
                                            DISPATCH_METHOD, &params, &result, &excep, nullptr);
         int16_t answer = 0;
         if (SUCCEEDED(hr)) {
-            VARIANT n;
-            VariantInit(&n);
-            if (SUCCEEDED(VariantChangeType(&n, &numberValue, 0, VT_I4)))
-                number = V_I4(&n);
-            kind = longs[0];
-            constant = longs[1];
-            for (std::size_t i = 0; i < bstrs.size(); ++i)
-                *texts[i] = fromBstr(bstrs[i]);
-            flag = flagValue != VARIANT_FALSE;
+            auto readLong = [&](std::size_t at, int32_t& into) {
+                if (SUCCEEDED(VariantChangeType(&values[at], &values[at], 0, VT_I4)))
+                    into = V_I4(&values[at]);
+            };
+            readLong(0, number);
+            readLong(1, kind);
+            readLong(8, constant);
+            for (std::size_t i = 0, at = 2; i < 9; ++i, at = (at == 7 ? 9 : at + 1))
+                if (SUCCEEDED(VariantChangeType(&values[at], &values[at], 0, VT_BSTR)))
+                    *texts[i] = fromBstr(V_BSTR(&values[at]));
+            if (SUCCEEDED(VariantChangeType(&values[12], &values[12], 0, VT_BOOL)))
+                flag = V_BOOL(&values[12]) != VARIANT_FALSE;
             if (SUCCEEDED(VariantChangeType(&result, &result, 0, VT_I2)))
                 answer = V_I2(&result);
         }
         VariantClear(&result);
-        VariantClear(&numberValue);
-        for (BSTR b : bstrs)
-            SysFreeString(b);
+        for (auto& v : values)
+            VariantClear(&v);
         check(hr, excep);
         return answer;
     }

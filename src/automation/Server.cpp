@@ -1,12 +1,8 @@
-// The DLL's entry points for COM: class objects, unloading, and the message box of the error
-// reporter.
+// The DLL's entry points for COM: class objects, unloading, registration.
 #include "automation/ComBase.h"
 #include "automation/Objects.h"
 #include "automation/Registration.h"
 #include "dialog/win32/frmOptions.h"
-#include "zebreader81/ErrorHost.h"
-
-#include <atomic>
 
 namespace zebreader81::automation {
 
@@ -60,17 +56,6 @@ private:
     LONG refs_ = 1;
 };
 
-// Without a registered error object the reporter shows a modal box, owned by the host's window.
-void installMessageBox()
-{
-    static std::atomic<bool> installed{false};
-    if (installed.exchange(true))
-        return;
-    SetMessageBoxHook([](const std::string& text, const std::string& title, int32_t style) {
-        MessageBoxA(GetActiveWindow(), text.c_str(), title.c_str(), static_cast<UINT>(style) | MB_TASKMODAL);
-    });
-}
-
 } // namespace
 
 void moduleAddRef() { InterlockedIncrement(&liveObjects); }
@@ -99,7 +84,6 @@ extern "C" HRESULT STDAPICALLTYPE DllGetClassObject(REFCLSID clsid, REFIID riid,
     const Creator create = creatorOf(clsid);
     if (!create)
         return CLASS_E_CLASSNOTAVAILABLE;
-    installMessageBox();
     auto* factory = new (std::nothrow) ClassFactory(create);
     if (!factory)
         return E_OUTOFMEMORY;

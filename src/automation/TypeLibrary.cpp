@@ -133,6 +133,7 @@ HRESULT invokeThroughTypeInfo(REFIID iid, void* self, DISPID id, WORD flags, DIS
     if (!ti)
         return TYPE_E_ELEMENTNOTFOUND;
     std::vector<Fixup> fixups;
+    std::vector<UINT> nulls;
     TYPEATTR* attr = nullptr;
     if (params && params->cArgs > 0 && SUCCEEDED(ti->GetTypeAttr(&attr))) {
         for (UINT f = 0; f < attr->cFuncs; ++f) {
@@ -150,14 +151,28 @@ HRESULT invokeThroughTypeInfo(REFIID iid, void* self, DISPID id, WORD flags, DIS
                         continue;
                     const VARTYPE want = pointee(ti, fd->lprgelemdescParam[param].tdesc);
                     VARIANT& arg = params->rgvarg[slot];
-                    if (want == VT_EMPTY || V_VT(&arg) != (VT_VARIANT | VT_BYREF) || !V_VARIANTREF(&arg))
+                    // JScript's null (VT_NULL) where an object is declared means Nothing.
+                    if (fd->lprgelemdescParam[param].tdesc.vt == VT_DISPATCH && V_VT(&arg) == VT_NULL) {
+                        nulls.push_back(slot);
+                        V_VT(&arg) = VT_DISPATCH;
+                        V_DISPATCH(&arg) = nullptr;
                         continue;
-                    Fixup fix{slot, arg, const_cast<VARIANT*>(&deref(arg)), {}};
-                    if (FAILED(convertInto(fix.converted, *fix.target, want))) {
+                    }
+                    if (want == VT_EMPTY || V_VT(&arg) == (want | VT_BYREF))
+                        continue;
+                    // A by-reference VARIANT is written back; a value passed where a reference
+                    // is declared (an array assigned to a property) is only converted.
+                    const bool variantRef = V_VT(&arg) == (VT_VARIANT | VT_BYREF) && V_VARIANTREF(&arg);
+                    if (!variantRef && (V_VT(&arg) & VT_BYREF))
+                        continue;
+                    Fixup fix{slot, arg, variantRef ? const_cast<VARIANT*>(&deref(arg)) : nullptr, {}};
+                    if (FAILED(convertInto(fix.converted, variantRef ? *fix.target : arg, want))) {
                         for (auto& done : fixups) {
                             params->rgvarg[done.slot] = done.original;
                             VariantClear(&done.converted);
                         }
+                        for (UINT n : nulls)
+                            V_VT(&params->rgvarg[n]) = VT_NULL;
                         ti->ReleaseFuncDesc(fd);
                         ti->ReleaseTypeAttr(attr);
                         if (argErr)
@@ -179,8 +194,14 @@ HRESULT invokeThroughTypeInfo(REFIID iid, void* self, DISPID id, WORD flags, DIS
         V_BYREF(&arg) = &V_UI1(&fix.converted);
     }
     const HRESULT hr = ti->Invoke(self, id, flags, params, result, excep, argErr);
+    for (UINT slot : nulls)
+        V_VT(&params->rgvarg[slot]) = VT_NULL;
     for (auto& fix : fixups) {
         params->rgvarg[fix.slot] = fix.original;
+        if (!fix.target) {
+            VariantClear(&fix.converted);
+            continue;
+        }
         // The script's variable takes what the member left, in the declared type.
         VariantClear(fix.target);
         *fix.target = fix.converted;

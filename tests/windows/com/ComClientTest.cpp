@@ -1,0 +1,321 @@
+// A C++ client of the registered ZEBReader81.dll: the vtable and IDispatch faces, error info,
+// and (with a simulator mapped to ZEBREADER_TEST_PORT, model ZEBREADER_TEST_MODEL) a batch with
+// an event sink that rejects the first sheet and cancels after the second.
+#include "ZEBReader81_h.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+namespace {
+
+int envNumber(const char* name)
+{
+    const char* v = std::getenv(name);
+    return v ? std::atoi(v) : 0;
+}
+
+std::wstring text(BSTR b)
+{
+    std::wstring s = b ? std::wstring(b, SysStringLen(b)) : std::wstring();
+    SysFreeString(b);
+    return s;
+}
+
+VARIANT textArg(const wchar_t* s)
+{
+    VARIANT v;
+    VariantInit(&v);
+    V_VT(&v) = VT_BSTR;
+    V_BSTR(&v) = SysAllocString(s);
+    return v;
+}
+
+template <class T> struct Ptr {
+    T* p = nullptr;
+    ~Ptr()
+    {
+        if (p)
+            p->Release();
+    }
+    T* operator->() const { return p; }
+    T** put() { return &p; }
+};
+
+struct Client : ::testing::Test {
+    Ptr<_clsZEBReader> reader;
+    void SetUp() override
+    {
+        ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
+        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_clsZEBReader, nullptr, CLSCTX_INPROC_SERVER, IID__clsZEBReader,
+                                         reinterpret_cast<void**>(reader.put())));
+    }
+    void TearDown() override
+    {
+        if (reader.p)
+            reader.p->Release();
+        reader.p = nullptr;
+        CoUninitialize();
+    }
+    DISPID dispid(const wchar_t* name)
+    {
+        DISPID id = DISPID_UNKNOWN;
+        auto* n = const_cast<LPOLESTR>(name);
+        EXPECT_EQ(S_OK, reader->GetIDsOfNames(IID_NULL, &n, 1, LOCALE_USER_DEFAULT, &id)) << "no member";
+        return id;
+    }
+};
+
+TEST_F(Client, PropertiesProfilesAndCollectionsThroughTheVtable)
+{
+    EXPECT_EQ(S_OK, reader->put_ReaderType(zebReaderTypePDIVMR138));
+    BSTR name = nullptr;
+    ASSERT_EQ(S_OK, reader->get_ReaderName(&name));
+    EXPECT_EQ(L"Peripheral Dynamics Inc. VMR138", text(name));
+    VARIANT_BOOL ok = VARIANT_FALSE;
+    EXPECT_EQ(S_OK, reader->LoadDefaults(zebReaderTypePDIVMR138, &ok));
+    EXPECT_EQ(VARIANT_TRUE, ok);
+    short cutOff = 0;
+    reader->get_MarkCutOff(&cutOff);
+    EXPECT_EQ(250, cutOff);
+
+    Ptr<_clsZEBReaderProfiles> profiles;
+    ASSERT_EQ(S_OK, reader->get_Profiles(profiles.put()));
+    long count = 0;
+    profiles->get_Count(&count);
+    EXPECT_EQ(42, count);
+    VARIANT key = textArg(L"37");
+    Ptr<_clsZEBReaderProfile> acp;
+    ASSERT_EQ(S_OK, profiles->get_Item(key, acp.put()));
+    ASSERT_NE(nullptr, acp.p);
+    ASSERT_EQ(S_OK, acp->get_ReaderName(&name));
+    EXPECT_EQ(L"Chatsworth Data ACP-100", text(name));
+    VariantClear(&key);
+
+    // The same child object every time, and a window created by the host goes in.
+    Ptr<_clsZEBReaderWindows> windows, again;
+    reader->get_Windows(windows.put());
+    reader->get_Windows(again.put());
+    EXPECT_EQ(windows.p, again.p);
+    Ptr<_clsZEBReaderWindow> window;
+    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_clsZEBReaderWindow, nullptr, CLSCTX_INPROC_SERVER,
+                                     IID__clsZEBReaderWindow, reinterpret_cast<void**>(window.put())));
+    window->put_NumCols(12);
+    VARIANT missing;
+    VariantInit(&missing);
+    V_VT(&missing) = VT_ERROR;
+    V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
+    EXPECT_EQ(S_OK, windows->Add(window.p, missing, missing));
+    Ptr<_clsZEBReaderWindow> first, beyond;
+    windows->get_Item(1, first.put());
+    short cols = 0;
+    first->get_NumCols(&cols);
+    EXPECT_EQ(12, cols);
+    EXPECT_EQ(S_OK, windows->get_Item(9, beyond.put()));
+    EXPECT_EQ(nullptr, beyond.p);
+}
+
+TEST_F(Client, FormGeometryKeepsBoundsAndValues)
+{
+    SAFEARRAYBOUND bound{3, 0};
+    SAFEARRAY* rows = SafeArrayCreate(VT_I2, 1, &bound);
+    short values[] = {0, 5, 9};
+    for (LONG i = 0; i < 3; ++i)
+        SafeArrayPutElement(rows, &i, &values[i]);
+    EXPECT_EQ(S_OK, reader->put_Side1Rows(&rows));
+    SafeArrayDestroy(rows);
+    SAFEARRAY* back = nullptr;
+    ASSERT_EQ(S_OK, reader->get_Side1Rows(&back));
+    ASSERT_NE(nullptr, back);
+    LONG upper = 0;
+    SafeArrayGetUBound(back, 1, &upper);
+    EXPECT_EQ(2, upper);
+    short v = 0;
+    LONG at = 2;
+    SafeArrayGetElement(back, &at, &v);
+    EXPECT_EQ(9, v);
+    SafeArrayDestroy(back);
+    SAFEARRAY* side = reinterpret_cast<SAFEARRAY*>(1);
+    EXPECT_EQ(S_OK, reader->get_Side1Array(&side));
+    EXPECT_EQ(nullptr, side) << "no sheet read yet: an array never dimensioned";
+}
+
+TEST_F(Client, LateBoundByReferenceVariantsAreConvertedAndWrittenBack)
+{
+    // As a script host passes them: lSheetCount and sReturn as references to Variants.
+    VARIANT count;
+    VariantInit(&count);
+    V_VT(&count) = VT_I2;
+    V_I2(&count) = 5;
+    VARIANT args[3];
+    VariantInit(&args[0]);
+    V_VT(&args[0]) = VT_VARIANT | VT_BYREF;
+    V_VARIANTREF(&args[0]) = &count;
+    VariantInit(&args[1]);
+    V_VT(&args[1]) = VT_I4;
+    V_I4(&args[1]) = 0;
+    VariantInit(&args[2]);
+    V_VT(&args[2]) = VT_BOOL;
+    V_BOOL(&args[2]) = VARIANT_FALSE;
+    DISPPARAMS params{args, nullptr, 3, 0};
+    VARIANT result;
+    VariantInit(&result);
+    reader->put_Port(16);
+    EXPECT_EQ(S_OK, reader->Invoke(dispid(L"ReadBatch"), IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                   &params, &result, nullptr, nullptr));
+    EXPECT_EQ(VT_BOOL, V_VT(&result));
+    EXPECT_EQ(VT_I4, V_VT(&count)) << "the variable takes the declared type";
+    EXPECT_EQ(5, V_I4(&count)) << "no sheet was counted";
+
+    VARIANT firmware = textArg(L"kept");
+    VARIANT ref;
+    VariantInit(&ref);
+    V_VT(&ref) = VT_VARIANT | VT_BYREF;
+    V_VARIANTREF(&ref) = &firmware;
+    DISPPARAMS one{&ref, nullptr, 1, 0};
+    EXPECT_EQ(S_OK, reader->Invoke(dispid(L"Firmware"), IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &one,
+                                   &result, nullptr, nullptr));
+    EXPECT_EQ(VARIANT_FALSE, V_BOOL(&result));
+    EXPECT_EQ(std::wstring(L"kept"), V_BSTR(&firmware));
+    VariantClear(&firmware);
+}
+
+TEST_F(Client, RaisedErrorsCarryErrorInfo)
+{
+    Ptr<_clsZEBReaderProfiles> profiles;
+    reader->get_Profiles(profiles.put());
+    VARIANT key = textArg(L"99");
+    EXPECT_EQ(static_cast<HRESULT>(0x800A0005), profiles->Remove(key));
+    Ptr<ISupportErrorInfo> support;
+    ASSERT_EQ(S_OK, profiles->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(support.put())));
+    EXPECT_EQ(S_OK, support->InterfaceSupportsErrorInfo(IID__clsZEBReaderProfiles));
+    Ptr<IErrorInfo> info;
+    ASSERT_EQ(S_OK, GetErrorInfo(0, info.put()));
+    BSTR source = nullptr;
+    info->GetSource(&source);
+    EXPECT_EQ(L"ZEBReader81", text(source));
+
+    DISPID remove = DISPID_UNKNOWN;
+    auto* name = const_cast<LPOLESTR>(L"Remove");
+    profiles->GetIDsOfNames(IID_NULL, &name, 1, LOCALE_USER_DEFAULT, &remove);
+    DISPPARAMS params{&key, nullptr, 1, 0};
+    EXCEPINFO excep{};
+    EXPECT_EQ(DISP_E_EXCEPTION, profiles->Invoke(remove, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                                 &params, nullptr, &excep, nullptr));
+    EXPECT_EQ(static_cast<HRESULT>(0x800A0005), excep.scode);
+    SysFreeString(excep.bstrSource);
+    SysFreeString(excep.bstrDescription);
+    SysFreeString(excep.bstrHelpFile);
+    VariantClear(&key);
+}
+
+// Counts the events and answers through their by-reference arguments.
+class Sink final : public IDispatch {
+public:
+    _clsZEBReader* reader = nullptr;
+    int starts = 0, sheets = 0, ends = 0;
+    UINT sideDims = 0;
+    bool arraysTyped = false;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
+    {
+        if (riid == IID_IUnknown || riid == IID_IDispatch || riid == DIID___clsZEBReader) {
+            *out = this;
+            return S_OK;
+        }
+        *out = nullptr;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* n) override
+    {
+        *n = 0;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*,
+                                     UINT*) override
+    {
+        // Arguments arrive last first.
+        switch (id) {
+        case 1: ++starts; break;
+        case 2:
+            ++sheets;
+            arraysTyped = V_VT(&p->rgvarg[3]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
+                          V_VT(&p->rgvarg[1]) == (VT_BYREF | VT_ARRAY | VT_BSTR) &&
+                          V_VT(&p->rgvarg[0]) == (VT_BYREF | VT_BOOL);
+            sideDims = *V_ARRAYREF(&p->rgvarg[3]) ? SafeArrayGetDim(*V_ARRAYREF(&p->rgvarg[3])) : 0;
+            if (sheets == 1) {
+                reader->RejectPage();
+                *V_BOOLREF(&p->rgvarg[0]) = VARIANT_TRUE;
+            }
+            break;
+        case 3:
+            if (++ends == 2)
+                *V_BOOLREF(&p->rgvarg[0]) = VARIANT_TRUE;
+            break;
+        default: break;
+        }
+        return S_OK;
+    }
+};
+
+TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
+{
+    const int port = envNumber("ZEBREADER_TEST_PORT"), model = envNumber("ZEBREADER_TEST_MODEL");
+    if (port == 0 || model == 0)
+        GTEST_SKIP() << "no simulator mapped";
+    Sink sink;
+    sink.reader = reader.p;
+    Ptr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, reader->QueryInterface(IID_IConnectionPointContainer,
+                                           reinterpret_cast<void**>(container.put())));
+    Ptr<IConnectionPoint> point;
+    ASSERT_EQ(S_OK, container->FindConnectionPoint(DIID___clsZEBReader, point.put()));
+    DWORD cookie = 0;
+    ASSERT_EQ(S_OK, point->Advise(&sink, &cookie));
+    // The sink lives on this stack: disconnected before it goes, whatever fails below.
+    struct Unadvise {
+        IConnectionPoint* point;
+        DWORD cookie;
+        ~Unadvise() { point->Unadvise(cookie); }
+    } unadvise{point.p, cookie};
+
+    VARIANT_BOOL ok = VARIANT_FALSE;
+    ASSERT_EQ(S_OK, reader->LoadDefaults(static_cast<zebReaderType>(model), &ok));
+    // A pseudo-terminal carries eight bits without parity and has no handshake lines.
+    reader->put_DataBits(zebReaderDataBits8);
+    BSTR none = SysAllocString(L"N");
+    reader->put_Parity(none);
+    SysFreeString(none);
+    reader->put_FlowControl(zebReaderFlowControlNone);
+    reader->put_Port(static_cast<short>(port));
+    reader->put_TimeOut(2);
+    reader->put_SleepTime(1);
+    reader->put_Feeder(VARIANT_TRUE);
+    long count = 0;
+    ASSERT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, -1, &count, &ok));
+    EXPECT_EQ(VARIANT_TRUE, ok);
+    EXPECT_EQ(2, count);
+    EXPECT_EQ(2, sink.sheets);
+    EXPECT_EQ(2, sink.starts);
+    EXPECT_TRUE(sink.arraysTyped);
+    EXPECT_EQ(2u, sink.sideDims);
+    VARIANT_BOOL cancel = VARIANT_FALSE;
+    reader->get_CancelScan(&cancel);
+    EXPECT_EQ(VARIANT_TRUE, cancel);
+    SAFEARRAY* side = nullptr;
+    ASSERT_EQ(S_OK, reader->get_Side1Array(&side));
+    ASSERT_NE(nullptr, side);
+    EXPECT_EQ(2u, SafeArrayGetDim(side));
+    SafeArrayDestroy(side);
+}
+
+} // namespace
