@@ -1,4 +1,5 @@
 // The file backend: where roots live, damaged and unwritable files, and several processes.
+#include "registry/FileStore.h"
 #include "StoreFixture.h"
 #include "registry/PortMap.h"
 #include "registry/RegFormat.h"
