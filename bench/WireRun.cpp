@@ -1,13 +1,16 @@
 // Whole-process measurements against the wire, with the simulators in paced mode.
 //
-//   zebreader81_wire overhead [--family F] [--baud B] [--sheets N] [--sleep MS]
+//   zebreader81_wire overhead [--family F] [--baud B] [--sheets N] [--sleep MS] [--via raw|rfc2217]
 //       Wall time per sheet against what the line and the protocol's pauses allow, for each
-//       family at 9,600 and 38,400 baud (or the ones named).
+//       family at 9,600 and 38,400 baud (or the ones named); --via puts ser2net on a loopback
+//       port between the reader and the simulator.
 //   zebreader81_wire many [--family F] [--baud B] [--sheets N] [--readers R]
 //       R readers on R threads, each on its own simulator, against one reader alone.
 //
 // Families: opscan, ezdata, scanmark, scanmark-windows, pdi. Exit status 1 when a sheet was
 // read wrong or anything was reported.
+#include "sim/Ser2net.h"
+#include "sim/Simulators.h"
 #include "support/BenchRig.h"
 
 #include <algorithm>
@@ -16,6 +19,7 @@
 #include <cstdlib>
 #include <latch>
 #include <memory>
+#include <optional>
 #include <string>
 #include <thread>
 #include <vector>
@@ -33,6 +37,7 @@ struct Args {
     int sheets = 5;
     int readers = 8;
     int sleepTime = 50;
+    std::optional<sim::Ser2net::Mode> via;
 };
 
 bool parse(int argc, char** argv, Args& args)
@@ -53,6 +58,8 @@ bool parse(int argc, char** argv, Args& args)
             args.sheets = std::max(1, std::atoi(v.c_str()));
         } else if (a == "--readers") {
             args.readers = std::clamp(std::atoi(v.c_str()), 1, 16);
+        } else if (a == "--via" && (v == "raw" || v == "rfc2217")) {
+            args.via = v == "raw" ? sim::Ser2net::Mode::Raw : sim::Ser2net::Mode::Rfc2217;
         } else if (a == "--sleep") {
             args.sleepTime = std::max(1, std::atoi(v.c_str()));
         } else {
@@ -77,6 +84,15 @@ bool overhead(const Args& args)
             ReportCounter reports;
             Rig rig(family, {.port = 9, .baud = baud, .sleepTime = args.sleepTime, .seed = 1});
             rig.addSheets(args.sheets);
+            std::unique_ptr<sim::Ser2net> server;
+            if (args.via) {
+                server = std::make_unique<sim::Ser2net>(rig.peer().path(), *args.via);
+                if (!server->running()) {
+                    std::printf("ser2net did not start: %s\n", server->log().c_str());
+                    return false;
+                }
+                sim::mapPort(9, server->url());
+            }
             if (!rig.reader().StartReader()) {
                 std::printf("%-17s %6d  StartReader failed\n", familyName(family), baud);
                 allGood = false;
@@ -211,7 +227,7 @@ int main(int argc, char** argv)
     if ((mode != "overhead" && mode != "many") || !parse(argc, argv, args)) {
         std::fprintf(stderr,
                      "usage: %s overhead|many [--family F] [--baud B] [--sheets N] [--readers R] "
-                     "[--sleep MS]\n",
+                     "[--sleep MS] [--via raw|rfc2217]\n",
                      argv[0]);
         return 2;
     }

@@ -4,6 +4,7 @@
 #include "ScriptedPeer.h"
 #include "channel/frmComm.h"
 #include "drivers/ReaderAccess.h"
+#include "drivers/chatsworth/basChatsworth.h"
 #include "drivers/ezdata/basNCSEZData.h"
 #include "drivers/ncs/basNCS.h"
 #include "drivers/pdi/basPeripheralDynamics.h"
@@ -62,6 +63,7 @@ struct Rig {
         case Family::EZData: reader.ReaderType(zebReaderTypeNCSEZData); break;
         case Family::ScanMark: reader.ReaderType(zebReaderTypeScantronScanMark2000); break;
         case Family::Pdi: reader.ReaderType(zebReaderTypePDIVMR138); break;
+        case Family::Chatsworth: reader.ReaderType(zebReaderTypeChatsworthOMR1100); break;
         }
         reader.Port(Port);
         reader.TimeOut(1);
@@ -88,6 +90,10 @@ struct Rig {
         reader.Rejecter((flags & 4) != 0);
         reader.ReaderGrade(family == Family::OpScan && (flags & 8) != 0);
         basScantron::ScanMarkCharBase = (flags & 16) ? 0 : 48;
+        // The ALS AccelScan keeps its card for the host; the OMR1100 sends it out at once.
+        if (family == Family::Chatsworth)
+            reader.ReaderType((flags & 8) ? zebReaderTypeChatsworthALSAccelScanOMR
+                                          : zebReaderTypeChatsworthOMR1100);
     }
 
     bool read(Family family, uint8_t flags)
@@ -98,6 +104,7 @@ struct Rig {
         case Family::ScanMark:
             return (flags & 32) ? basScantron::ReadWindowsST(reader) : basScantron::ReadPageST(reader);
         case Family::Pdi: return basPeripheralDynamics::ReadPagePD(reader);
+        case Family::Chatsworth: return basChatsworth::ReadPageCT(reader);
         }
         return false;
     }

@@ -8,7 +8,7 @@
 
 namespace zebreader81::fuzz {
 
-enum class Family { OpScan, EZData, ScanMark, Pdi };
+enum class Family { OpScan, EZData, ScanMark, Pdi, Chatsworth };
 
 /// First byte: the family's options (feeder, duplex, window mode...); the rest: the script.
 int runReadPage(Family family, const uint8_t* data, std::size_t size);

@@ -1,11 +1,15 @@
 #include "sim/Simulators.h"
 
+#include "profiles/ModelTable.h"
 #include "sim/SheetFile.h"
+#include "sim/chatsworth/ChatsworthSimulator.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "sim/pdi/PdiSimulator.h"
 #include "sim/samples/Samples.h"
 #include "sim/scantron/ScanMarkSimulator.h"
+#include "zebreader81/clsZEBReaderProfile.h"
+#include "zebreader81/clsZEBReaderProfiles.h"
 
 #include <algorithm>
 #include <charconv>
@@ -14,58 +18,70 @@ namespace zebreader81::sim {
 
 namespace {
 
-enum class Kind { None, OpScan, ScanMark, PDI, EZData };
+struct FamilyEntry {
+    Family family;
+    const char* name;
+    const char* title;
+    int32_t defaultModel; // the model it stands for when only the family is named
+};
 
-Kind kindOf(int32_t t)
+// The families with a simulator.
+const FamilyEntry families[] = {
+    {Family::OpScan, "opscan", "OpScan / iNSIGHT", 2},
+    {Family::ScanMark, "scanmark", "ScanMark / 8000", 14},
+    {Family::PDI, "pdi", "PDI VMR138", 24},
+    {Family::EZData, "ezdata", "EZData", 23},
+    {Family::Chatsworth, "chatsworth", "Chatsworth", 20},
+};
+
+Family kindOf(int32_t type)
 {
-    switch (t) {
-    case 2:
-    case 3:
-    case 4:
-    case 5:
-    case 6:
-    case 25:
-    case 26:
-    case 31:
-    case 32: return Kind::OpScan;
-    case 11:
-    case 12:
-    case 13:
-    case 14:
-    case 15:
-    case 16:
-    case 17:
-    case 27:
-    case 28:
-    case 29: return Kind::ScanMark;
-    case 24: return Kind::PDI;
-    case 23:
-    case 37: return Kind::EZData;
-    default: return Kind::None;
-    }
+    const Family family = familyOf(type);
+    for (const auto& e : families)
+        if (e.family == family)
+            return family;
+    return Family::None;
 }
 
-struct FamilyEntry {
-    Kind kind;
-    SimulatedFamily family;
-};
-
-// clang-format off
-const FamilyEntry families[] = {
-    {Kind::OpScan,   {"opscan",   2,  "OpScan / iNSIGHT (types 2-6, 25, 26, 31, 32)"}},
-    {Kind::ScanMark, {"scanmark", 14, "ScanMark / 8000 (types 11-17, 27-29)"}},
-    {Kind::PDI,      {"pdi",      24, "PDI VMR138 (type 24)"}},
-    {Kind::EZData,   {"ezdata",   23, "EZData (types 23, 37)"}},
-};
-// clang-format on
+// "types 2-6, 25, 26": runs of three or more models are written as a range.
+std::string typeList(Family family)
+{
+    std::vector<int32_t> types;
+    for (int32_t t = 0; modelInfo(t); ++t)
+        if (familyOf(t) == family)
+            types.push_back(t);
+    std::string text = types.size() == 1 ? "type " : "types ";
+    for (std::size_t i = 0; i < types.size();) {
+        std::size_t end = i;
+        while (end + 1 < types.size() && types[end + 1] == types[end] + 1)
+            ++end;
+        if (i > 0)
+            text += ", ";
+        if (end - i >= 2) {
+            text += std::to_string(types[i]) + "-" + std::to_string(types[end]);
+            i = end + 1;
+        } else {
+            text += std::to_string(types[i]);
+            ++i;
+        }
+    }
+    return text;
+}
 
 } // namespace
 
 std::vector<SimulatedFamily> simulatedFamilies()
 {
+    // Built once: the descriptions are handed out as plain pointers.
+    static const std::vector<std::string> descriptions = [] {
+        std::vector<std::string> d;
+        for (const auto& e : families)
+            d.push_back(std::string(e.title) + " (" + typeList(e.family) + ")");
+        return d;
+    }();
     std::vector<SimulatedFamily> out;
-    for (const auto& e : families)
-        out.push_back(e.family);
+    for (std::size_t i = 0; i < std::size(families); ++i)
+        out.push_back({families[i].name, families[i].defaultModel, descriptions[i].c_str()});
     return out;
 }
 
@@ -75,8 +91,8 @@ int32_t simulatedReaderType(const std::string& familyOrModel)
     std::transform(lower.begin(), lower.end(), lower.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     for (const auto& e : families)
-        if (lower == e.family.name)
-            return e.family.defaultReaderType;
+        if (lower == e.name)
+            return e.defaultModel;
     int32_t type = 0;
     const auto [end, ec] = std::from_chars(lower.data(), lower.data() + lower.size(), type);
     if (ec == std::errc{} && end == lower.data() + lower.size() && hasSimulator(type))
@@ -84,34 +100,34 @@ int32_t simulatedReaderType(const std::string& familyOrModel)
     return 0;
 }
 
-bool hasSimulator(int32_t readerType) { return kindOf(readerType) != Kind::None; }
+bool hasSimulator(int32_t readerType) { return kindOf(readerType) != Family::None; }
 
 std::unique_ptr<Peer> makeSimulator(int32_t readerType, std::vector<Sheet> sheets)
 {
     switch (kindOf(readerType)) {
-    case Kind::OpScan: return std::make_unique<OpScanSimulator>(std::move(sheets));
-    case Kind::ScanMark: return std::make_unique<ScanMarkSimulator>(readerType, std::move(sheets));
-    case Kind::PDI: return std::make_unique<PdiSimulator>(std::move(sheets));
-    case Kind::EZData: return std::make_unique<EZDataSimulator>(std::move(sheets));
+    case Family::OpScan: return std::make_unique<OpScanSimulator>(std::move(sheets));
+    case Family::ScanMark: return std::make_unique<ScanMarkSimulator>(readerType, std::move(sheets));
+    case Family::PDI: return std::make_unique<PdiSimulator>(std::move(sheets));
+    case Family::EZData: return std::make_unique<EZDataSimulator>(std::move(sheets));
+    case Family::Chatsworth: return std::make_unique<ChatsworthSimulator>(std::move(sheets));
     default: return nullptr;
     }
 }
 
 LineRate defaultLine(int32_t readerType)
 {
-    switch (kindOf(readerType)) {
-    case Kind::OpScan: return {38400, 11.0}; // 7 data bits, odd parity, 2 stop bits
-    case Kind::ScanMark:
-        return {readerType == 29 ? 9600 : 19200, 11.0}; // 8 data bits, no parity, 2 stop bits
-    case Kind::EZData: return {9600, 10.0};             // 7 data bits, even parity, 1 stop bit
-    default: return {9600, 10.0};                       // 8 data bits, no parity, 1 stop bit
-    }
+    const auto profile = clsZEBReaderProfiles().Item(std::to_string(readerType));
+    if (!profile || profile->BaudRate() <= 0)
+        return {9600, 10.0};
+    const double bits = 1.0 + static_cast<double>(profile->DataBits()) +
+                        (profile->Parity() == "N" ? 0.0 : 1.0) + profile->StopBits();
+    return {profile->BaudRate(), bits};
 }
 
 std::vector<Sheet> sampleSheets(int32_t readerType)
 {
-    const Kind kind = kindOf(readerType);
-    if (kind == Kind::PDI || kind == Kind::EZData)
+    const Family kind = kindOf(readerType);
+    if (kind == Family::PDI || kind == Family::EZData || kind == Family::Chatsworth)
         return parseSheets(samples::answerCards, "answer-cards.txt");
     return parseSheets(samples::answerSheets, "answer-sheets.txt");
 }

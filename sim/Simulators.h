@@ -13,7 +13,7 @@ namespace zebreader81::sim {
 
 /// A family this build can simulate.
 struct SimulatedFamily {
-    const char* name;          ///< as zebreader-sim takes it: "opscan", "scanmark", "pdi", "ezdata"
+    const char* name; ///< as zebreader-sim takes it: "opscan", "scanmark", "pdi", "ezdata", "chatsworth"
     int32_t defaultReaderType; ///< the model it stands for when only the family is named
     const char* description;
 };

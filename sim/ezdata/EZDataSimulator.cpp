@@ -1,5 +1,7 @@
 #include "sim/ezdata/EZDataSimulator.h"
 
+#include "sim/chatsworth/CardData.h"
+
 #include <cctype>
 
 namespace zebreader81::sim {
@@ -12,15 +14,6 @@ constexpr char kCR = '\r';
 const std::string kOk{'G', kCR};
 const std::string kRefused{'?', kCR};
 const std::string kProbeBody = std::string("R7777") + kDC2 + "I00";
-
-// Where each column's mark goes: byte 0 or 1 of the row and the bit within it. Column 12 is
-// bit 1 of the first byte, column 7 bit 64; columns 6 to 1 the same in the second byte.
-struct ColumnBit {
-    int byte;
-    unsigned char bit;
-};
-constexpr ColumnBit kColumns[12] = {{1, 64}, {1, 16}, {1, 8}, {1, 4}, {1, 2}, {1, 1},
-                                    {0, 64}, {0, 16}, {0, 8}, {0, 4}, {0, 2}, {0, 1}};
 
 std::string fit(const std::string& value, std::size_t width)
 {
@@ -280,19 +273,6 @@ void EZDataSimulator::feedIfWaiting()
     sendAfter(feedDelay_, encodeSheet(sheet));
 }
 
-std::string EZDataSimulator::encodeSheet(const Sheet& sheet)
-{
-    std::string out;
-    for (const auto& row : sheet.side1) {
-        unsigned char pair[2] = {0x20, 0x20};
-        for (std::size_t c = 0; c < 12 && c < row.size(); ++c)
-            if (row[c] > 0)
-                pair[kColumns[c].byte] |= kColumns[c].bit;
-        out += static_cast<char>(pair[0]);
-        out += static_cast<char>(pair[1]);
-    }
-    out += kCR;
-    return out;
-}
+std::string EZDataSimulator::encodeSheet(const Sheet& sheet) { return cardData(sheet) + kCR; }
 
 } // namespace zebreader81::sim

@@ -1,5 +1,7 @@
 #include "sim/scantron/ScanMarkSimulator.h"
 
+#include "profiles/ModelTable.h"
+
 #include <algorithm>
 #include <optional>
 
@@ -60,7 +62,7 @@ constexpr int pageWidth = 48;
 } // namespace
 
 ScanMarkSimulator::ScanMarkSimulator(int32_t readerType, std::vector<Sheet> sheets)
-    : model8000_(readerType == 16 || readerType == 17), sheets_(sheets.begin(), sheets.end())
+    : model8000_(hasCapability(readerType, Dialect8000)), sheets_(sheets.begin(), sheets.end())
 {
     start();
 }

@@ -1,4 +1,5 @@
 // POSIX backend of the serial control: an exclusively opened terminal in raw, non-blocking mode.
+#include "channel/NetworkPort.h"
 #include "channel/PosixLine.h"
 #include "channel/SerialBackend.h"
 
@@ -176,6 +177,8 @@ std::string notATerminal(int fd)
 std::unique_ptr<SerialBackend> openSerialDevice(const std::string& path, const LineSettings& settings,
                                                 int handshaking)
 {
+    if (isNetworkPort(path))
+        return openNetworkSerial(path, settings, handshaking);
     const int fd = ::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) {
         const int error = errno;

@@ -42,6 +42,9 @@ public:
     /// Writes every byte, completing partial writes and waiting out a full output queue (a
     /// bounded while); `written` tells how far it got when it raises.
     virtual void write(std::string_view bytes, std::size_t& written) = 0;
+    /// Discards input still held beyond this process, where the transport keeps some (a network
+    /// server's buffer); a drain calls it once the buffer is empty.
+    virtual void purgeInput() {}
     /// Blocks until input is readable (True), `wake` is set or `timeout` passes (negative: no
     /// limit); a set `wake` is left set. A hang-up raises.
     virtual bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake) = 0;
@@ -49,7 +52,7 @@ public:
 
 /// Opens the device at `path` (resolvePortPath) exclusively in raw mode with an empty input
 /// queue: 8002 when it does not exist or is no serial line, 8005 when another reader holds it,
-/// 8015 when it refuses the settings.
+/// 8015 when it refuses the settings. On POSIX a socket:// or rfc2217:// path opens a network port.
 std::unique_ptr<SerialBackend> openSerialDevice(const std::string& path, const LineSettings& settings,
                                                 int handshaking);
 

@@ -126,8 +126,19 @@ public:
         const auto framed = [&dcb](const DCB& back) {
             return back.ByteSize == 8 || (back.ByteSize == dcb.ByteSize && back.Parity == dcb.Parity);
         };
-        if (!SetCommState(port_, &dcb) || !GetCommState(port_, &now) || now.BaudRate != dcb.BaudRate ||
-            !framed(now) || now.StopBits != dcb.StopBits) {
+        bool set = SetCommState(port_, &dcb);
+        // A line without modem lines is a pseudo-terminal behind Wine. It holds 8 data bits
+        // without parity only, and Linux refuses a request in which nothing else changes, so
+        // such a line is given the framing it can hold.
+        DWORD modem = 0;
+        if (!set && dcb.ByteSize >= 5 && dcb.ByteSize <= 8 && !GetCommModemStatus(port_, &modem)) {
+            dcb.ByteSize = 8;
+            dcb.Parity = NOPARITY;
+            dcb.fParity = FALSE;
+            set = SetCommState(port_, &dcb);
+        }
+        if (!set || !GetCommState(port_, &now) || now.BaudRate != dcb.BaudRate || !framed(now) ||
+            now.StopBits != dcb.StopBits) {
             SetCommState(port_, &previous);
             err::raise(err::CommStateNotSet);
         }

@@ -152,6 +152,8 @@ void SerialControl::Output(const std::string& value)
         trace_(true, value);
 }
 
+void SerialControl::purgeInput() { open().purgeInput(); }
+
 bool SerialControl::waitReadable(milliseconds timeout, WakeSignal& wake)
 {
     return open().waitReadable(timeout, wake);

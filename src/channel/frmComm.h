@@ -49,6 +49,8 @@ public:
     /// Moves what the OS holds into the receive buffer; returns how many bytes came. Used by
     /// the waits.
     std::size_t fillBuffer();
+    /// Discards input the transport still holds beyond the OS (see SerialBackend::purgeInput).
+    void purgeInput();
     /// Blocks until more input may have arrived (True), `wake` is set or `timeout` passes
     /// (negative: no limit). A hang-up raises.
     bool waitReadable(std::chrono::milliseconds timeout, WakeSignal& wake);
@@ -122,6 +124,8 @@ public:
     /// The reader's CancelScan. While it is set a turn blocks for 50 ms at most, so a wait that
     /// watches it ends even when an earlier wait took the Wake.
     void setCancelFlag(const std::atomic<bool>* flag) { cancel_ = flag; }
+    /// True while the reader's CancelScan is set.
+    bool cancelRequested() const { return cancel_ && cancel_->load(); }
     /// Closes the port if open (the form's unload).
     void Unload();
 

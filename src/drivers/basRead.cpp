@@ -19,14 +19,6 @@ namespace zebreader81 {
 
 namespace {
 
-bool isOneOf(int32_t type, std::initializer_list<int32_t> values)
-{
-    for (int32_t v : values)
-        if (v == type)
-            return true;
-    return false;
-}
-
 // A family without an imprinter.
 bool noPrint(clsZEBReader&, bool, bool&) { return false; }
 
@@ -62,10 +54,10 @@ FamilyDriver sekonicSerial()
     return {.init = InitReaderSS,
             .close = [](clsZEBReader&) { return CloseReaderSS(); },
             .read = ReadPageSS,
-            // Called even when skipped (the SR-410 and SR-430 have no imprinter).
+            // Called even when skipped, on the models with an imprinter.
             .print =
                 [](clsZEBReader& r, bool skip, bool& disposed) {
-                    if (!isOneOf(r.ReaderType(), {7, 8, 9, 10}))
+                    if (imprinterOf(r.ReaderType()).lines == 0)
                         return false;
                     const bool printed = PrintSS(r, skip);
                     disposed = skip;
@@ -191,12 +183,6 @@ std::array<FamilyDriver, familyCount>& drivers()
     return table;
 }
 
-// RejectPage and EjectPage reach a driver only for types 1 to 40, and never for the listed models.
-bool rejectEjectRouted(int32_t type)
-{
-    return type >= 1 && type <= 40 && !isOneOf(type, {16, 17, 19, 20, 21, 27, 28, 35, 38, 41});
-}
-
 std::string floatText(float value)
 {
     char buf[32];
@@ -299,7 +285,7 @@ bool ReaderPrint(clsZEBReader& reader, bool skip, bool& disposed)
 {
     return trap("ZEBReader81 - basRead.ReaderPrint", false, [&] {
         const int32_t type = reader.ReaderType();
-        if (type < 2 || type > 36)
+        if (!hasCapability(type, RoutesPrint))
             return false;
         return FamilyRegistry::driver(familyOf(type)).print(reader, skip, disposed);
     });
@@ -307,13 +293,13 @@ bool ReaderPrint(clsZEBReader& reader, bool skip, bool& disposed)
 
 void RejectRouted(clsZEBReader& reader)
 {
-    if (rejectEjectRouted(reader.ReaderType()))
+    if (hasCapability(reader.ReaderType(), RoutesRejectEject))
         FamilyRegistry::driver(familyOf(reader.ReaderType())).reject(reader);
 }
 
 void EjectRouted(clsZEBReader& reader, bool& disposed)
 {
-    if (rejectEjectRouted(reader.ReaderType()))
+    if (hasCapability(reader.ReaderType(), RoutesRejectEject))
         FamilyRegistry::driver(familyOf(reader.ReaderType())).eject(reader, disposed);
 }
 

@@ -36,6 +36,16 @@ std::string SettingsText(const clsZEBReader& reader);
 
 /// A family's procedures as the dispatcher calls them, with the routing rules of the family
 /// (which procedure for which model, what the result means) already applied.
+///
+/// The contract: the dispatcher calls these on the reader's thread. For a serial model the
+/// port is open with the reader's settings and tmrScan holds TimeOut before init; it is
+/// closed after close. No procedure throws: each traps its errors and reports them through
+/// basError under its own location text. init and read return False after a report, or
+/// silently on CancelScan; the dispatcher then sets CancelScan. read stores the sheet through
+/// ReaderAccess. print is reached only for models with RoutesPrint, gets `skip` when nothing is
+/// to be imprinted and may set `disposed`; reject and eject are reached only for models with
+/// RoutesRejectEject, and eject may overwrite `disposed`. Every wait goes through
+/// channel/Waits.h: bounded by tmrScan or a limit, or ended by CancelScan.
 struct FamilyDriver {
     std::function<bool(clsZEBReader&)> init;
     std::function<bool(clsZEBReader&)> close;

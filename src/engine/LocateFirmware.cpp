@@ -1,17 +1,12 @@
 // Finding the scanner's port and asking it for its firmware.
 #include "core/basError.h"
 #include "drivers/ezdata/EZDataProbes.h"
+#include "profiles/ModelTable.h"
 #include "zebreader81/clsZEBReader.h"
 
 namespace zebreader81 {
 
 namespace {
-
-// The models that answer the port probe and the firmware query.
-bool probeModel(int32_t type)
-{
-    return type == 20 || type == 21 || type == 22 || type == 23 || type == 35 || type == 37 || type == 41;
-}
 
 std::shared_ptr<clsZEBReaderProfile> currentProfile(const clsZEBReader& reader)
 {
@@ -26,7 +21,7 @@ std::shared_ptr<clsZEBReaderProfile> currentProfile(const clsZEBReader& reader)
 bool clsZEBReader::Locate(int16_t iStartPort)
 {
     return trap("ZEBReader81 - clsZEBReader.Locate", false, [&] {
-        if (!currentProfile(*this)->LocateEnabled() || !probeModel(ReaderType()))
+        if (!currentProfile(*this)->LocateEnabled() || !hasCapability(ReaderType(), Probe))
             return false;
         if (iStartPort > 0) {
             int16_t port = iStartPort;
@@ -49,7 +44,7 @@ bool clsZEBReader::Locate(int16_t iStartPort)
 bool clsZEBReader::Firmware(std::string& sReturn)
 {
     return trap("ZEBReader81 - clsZEBReader.Firmware", false, [&] {
-        if (!currentProfile(*this)->FirmwareEnabled() || !probeModel(ReaderType()))
+        if (!currentProfile(*this)->FirmwareEnabled() || !hasCapability(ReaderType(), Probe))
             return false;
         return FirmwareNCSEZ(*this, sReturn);
     });

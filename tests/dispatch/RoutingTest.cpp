@@ -157,7 +157,6 @@ TEST_F(Dispatch, FamiliesWithoutAProtocolSayTheyAreNotSupported)
     const std::pair<zebReaderType, const char*> cases[] = {
         {zebReaderTypeAppersonBenchMark3000, "basApperson.InitReaderAP"},
         {zebReaderTypeScanningSystemsSR700352, "basScanningSystems.InitReaderSS"},
-        {zebReaderTypeChatsworthACP200, "basChatsworth.InitReaderCT"},
         {zebReaderTypeSekonicSR3500, "basSekonicSR.InitReaderSR"},
     };
     SilentScanner scanner;

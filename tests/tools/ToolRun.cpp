@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <poll.h>
@@ -38,6 +39,17 @@ ToolResult ToolRun::run() const
     int outPipe[2], errPipe[2];
     if (pipe(outPipe) != 0 || pipe(errPipe) != 0)
         return {};
+    if (stderrTerminal) {
+        // The terminal's master side is read like the pipe's read end.
+        close(errPipe[0]);
+        close(errPipe[1]);
+        errPipe[0] = posix_openpt(O_RDWR | O_NOCTTY);
+        if (errPipe[0] < 0 || grantpt(errPipe[0]) != 0 || unlockpt(errPipe[0]) != 0)
+            return {};
+        errPipe[1] = open(ptsname(errPipe[0]), O_RDWR | O_NOCTTY);
+        if (errPipe[1] < 0)
+            return {};
+    }
 
     // Everything the child needs is prepared before fork.
     std::vector<std::string> envStrings;
@@ -69,6 +81,8 @@ ToolResult ToolRun::run() const
         close(errPipe[0]);
         close(outPipe[1]);
         close(errPipe[1]);
+        if (!cwd.empty() && chdir(cwd.c_str()) != 0)
+            _exit(126);
         execve(argv[0], argv.data(), envp.data());
         _exit(127);
     }

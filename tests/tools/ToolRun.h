@@ -22,6 +22,10 @@ struct ToolRun {
     std::vector<std::string> args;
     /// Added to the environment; ZEBREADER_COM* of the test process are never passed on.
     std::map<std::string, std::string> env;
+    /// Folder the tool starts in (empty: this process's).
+    std::string cwd;
+    /// Standard error goes to a pseudo-terminal, as at a desk; otherwise to a pipe.
+    bool stderrTerminal = false;
     /// Called while the tool runs, with everything written to stdout so far: each time more
     /// arrives, and at least every 200 ms.
     std::function<void(const std::string& out, pid_t pid)> whileRunning;

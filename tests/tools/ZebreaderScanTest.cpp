@@ -156,23 +156,45 @@ TEST_F(ZebreaderScan, SvgWritesOneWellFormedPicturePerSheet)
     EXPECT_EQ(r.out, folder + "/sheet-0001.svg\n");
 }
 
-TEST_F(ZebreaderScan, CsvHasOneRowPerSheetSideRow)
+TEST_F(ZebreaderScan, CsvHasOneRowPerSheetSideRowWithTheRejectedFlagAndBarcodes)
 {
-    const auto r = run(scan(duplexSheet, {"--format", "csv"}));
+    const auto r = run(scan(duplexSheet + std::string("barcode 9,\"8\"\nsheet\n|X|\n"),
+                            {"--format", "csv", "--rejecter", "--reject", "2"}));
     ASSERT_EQ(r.status, 0) << r.err;
     const auto lines = r.outLines();
-    ASSERT_EQ(lines.size(), 1u + 150u + 150u);
-    EXPECT_EQ(lines[0].rfind("sheet,side,row,c1,c2,", 0), 0u);
-    EXPECT_EQ(lines[1].rfind("1,1,1,15,0,5,0,", 0), 0u);
-    EXPECT_EQ(lines[151].rfind("1,2,1,1,0,", 0), 0u);
+    ASSERT_EQ(lines.size(), 1u + 150u + 150u + 150u + 150u);
+    EXPECT_EQ(lines[0].rfind("sheet,side,row,rejected,barcodes,c1,c2,", 0), 0u);
+    EXPECT_EQ(lines[1].rfind("1,1,1,0,\"4711;9,\"\"8\"\"\",15,0,5,0,", 0), 0u) << lines[1];
+    EXPECT_EQ(lines[151].rfind("1,2,1,0,\"4711;9,\"\"8\"\"\",1,0,", 0), 0u);
+    EXPECT_EQ(lines[301].rfind("2,1,1,1,", 0), 0u) << lines[301]; // the second sheet, rejected
 }
 
-TEST_F(ZebreaderScan, GridShadesMarksByStrength)
+TEST_F(ZebreaderScan, GridShadesMarksByStrengthInTheLocalesCharacters)
 {
-    const auto r = run(scan(duplexSheet, {"--format", "grid"}));
+    const struct {
+        const char* locale;
+        std::string row; // 15, 0, 5
+    } cases[] = {{"C.UTF-8", "  1 \u2588\u00B7\u2592"}, {"C", "  1 @.+"}, {"POSIX", "  1 @.+"}};
+    for (const auto& c : cases) {
+        auto t = tool(scan(duplexSheet, {"--format", "grid"}));
+        t.env["LC_ALL"] = c.locale;
+        const auto r = t.run();
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_NE(r.out.find("Sheet 1"), std::string::npos);
+        EXPECT_NE(r.out.find(c.row), std::string::npos) << c.locale << "\n" << r.out;
+        EXPECT_NE(r.out.find("Batch done: 1 sheet(s) read of 1 read(s) started, stopped"), std::string::npos)
+            << r.out;
+    }
+}
+
+TEST_F(ZebreaderScan, SvgWithoutAFolderWritesIntoTheCurrentOne)
+{
+    auto t = tool(scan(twoSheets, {"--format", "svg"}));
+    t.cwd = dir.path();
+    const auto r = t.run();
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("Sheet 1"), std::string::npos);
-    EXPECT_NE(r.out.find("  1 \u2588\u00B7\u2592"), std::string::npos) << r.out; // 15, 0, 5
+    EXPECT_EQ(r.out, "sheet-0001.svg\nsheet-0002.svg\n");
+    EXPECT_EQ(xmlProblem(readFile(dir.file("sheet-0002.svg"))), "");
 }
 
 TEST_F(ZebreaderScan, CtrlCEndsAWaitForAHandFedSheetCleanly)
@@ -190,6 +212,7 @@ TEST_F(ZebreaderScan, CtrlCEndsAWaitForAHandFedSheetCleanly)
     const auto r = t.run();
     EXPECT_TRUE(sent);
     EXPECT_EQ(r.status, 0) << r.err;
+    // Three reads were started; the third was stopped before a sheet came.
     EXPECT_EQ(r.outLines().back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
     // The port was closed the orderly way: the feeder stopped (SO) at the end.
     EXPECT_NE(readFile(trace).find(" > 0E "), std::string::npos);

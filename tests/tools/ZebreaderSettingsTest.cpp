@@ -15,22 +15,25 @@ const char* const invalidPort0 =
 
 TEST_F(ZebreaderTool, SavedSettingsAreWhatScanLoadsWithSettings)
 {
-    auto r = run({"settings", "save", "--settings", "Software\\Site\\Desk 1", "--model", "2", "--port", "0",
+    auto r = run({"settings", "save", "--settings", "Software\\Site\\Desk 1", "--model", "2", "--port", "9",
                   "--timeout", "3", "--no-feeder"});
     ASSERT_EQ(r.status, 0) << r.err;
     r = run({"settings", "load", "--settings", "Software\\Site\\Desk 1", "--json"});
     ASSERT_EQ(r.status, 0) << r.err;
     const auto values = json::parse(r.out);
     EXPECT_EQ(values["ScannerType"], "2");
-    EXPECT_EQ(values["ScannerPort"], "0");
+    EXPECT_EQ(values["ScannerPort"], "9");
     EXPECT_EQ(values["TimeOut"], "3");
     EXPECT_EQ(values["Feeder"], "False");
     EXPECT_EQ(values["ScannerBaud"], "38400"); // the model's default, kept
-    // The saved port 0 is what the scan uses.
-    r = run({"scan", "--settings", "Software\\Site\\Desk 1"});
+    // The saved port 9 is what the scan uses.
+    auto scan = tool({"scan", "--settings", "Software\\Site\\Desk 1", "--format", "csv"});
+    scan.env["ZEBREADER_COM9"] = dir.file("no-such-tty");
+    r = scan.run();
     EXPECT_EQ(r.status, 1);
-    ASSERT_FALSE(r.errLines().empty());
-    EXPECT_EQ(r.errLines().front(), invalidPort0);
+    ASSERT_EQ(r.errLines().size(), 1u) << r.err;
+    EXPECT_NE(r.errLines().front().find("Invalid port number: " + dir.file("no-such-tty")), std::string::npos)
+        << r.err;
 }
 
 TEST_F(ZebreaderTool, ASimulatedScanReadsOnTheSavedPort)

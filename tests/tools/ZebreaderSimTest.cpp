@@ -55,8 +55,11 @@ TEST_F(ZebreaderSim, RefusesAnUnknownFamilyAndABadSheetFile)
 {
     auto r = simulator({"sekonic"}).run();
     EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("\"sekonic\" is not a simulated family or model"), std::string::npos) << r.err;
+    EXPECT_NE(r.err.find("unknown model \"sekonic\""), std::string::npos) << r.err;
     EXPECT_NE(r.err.find("opscan"), std::string::npos) << r.err;
+    r = simulator({"7"}).run();
+    EXPECT_EQ(r.status, 2);
+    EXPECT_NE(r.err.find("\"7\" is not a model of a simulated family"), std::string::npos) << r.err;
     const auto bad = dir.write("bad.txt", "sheet\n|..Q|\n");
     r = simulator({"opscan", "--sheets", bad}).run();
     EXPECT_EQ(r.status, 2);

@@ -141,6 +141,9 @@ TEST_F(Serial, PortsThatCannotBeOpenedOrSetRaiseTheControlsErrors)
     EXPECT_EQ(errorOf([&] { com.Settings("12345,N,8,1"); }), err::CommStateNotSet);
     EXPECT_EQ(errorOf([&] { com.Settings("9600,N,4,1"); }), err::CommStateNotSet);
     EXPECT_EQ(com.Settings(), "9600,N,8,1");
+    // Framing a pseudo-terminal cannot hold, asked for again: the second time nothing changes.
+    for (const char* settings : {"9600,E,7,1", "9600,E,7,1", "38400,O,7,2", "38400,O,7,2"})
+        EXPECT_EQ(errorOf([&] { com.Settings(settings); }), 0) << settings;
     for (int16_t handshaking = 0; handshaking <= 3; ++handshaking)
         EXPECT_EQ(errorOf([&] { com.Handshaking(handshaking); }), 0) << handshaking;
     com.Handshaking(0);

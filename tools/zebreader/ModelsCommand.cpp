@@ -2,7 +2,6 @@
 #include "CommandLine.h"
 #include "ModelName.h"
 
-#include "drivers/basRead.h"
 #include "profiles/ModelTable.h"
 #include "sim/Simulators.h"
 #include "zebreader81/clsZEBReaderProfile.h"
@@ -20,12 +19,6 @@ using json = nlohmann::ordered_json;
 
 namespace {
 
-// The families whose wire protocol this build speaks.
-bool familyIsRead(Family f)
-{
-    return f == Family::OpScan || f == Family::ScanMark || f == Family::EZData || f == Family::PDI;
-}
-
 // What a cell of a side array holds, by family.
 const char* markScale(Family f)
 {
@@ -33,6 +26,7 @@ const char* markScale(Family f)
     case Family::OpScan: return "0-15";
     case Family::ScanMark: return "0-15 (8000/8400: the byte read)";
     case Family::EZData:
+    case Family::Chatsworth:
     case Family::PDI: return "0 or threshold+1";
     default: return "";
     }
@@ -50,22 +44,22 @@ int runModels(bool asJson)
     if (!asJson)
         std::printf("%-3s %-36s %-14s %-7s %-5s %-10s %s\n", "No", "Model", "Family", "Port", "Reads",
                     "Simulated", "Marks");
-    for (int32_t t = 0; t <= 41; ++t) {
+    for (int32_t t = 0; modelInfo(t); ++t) {
         const auto profile = profiles.Item(std::to_string(t));
         const auto itf = profile ? profile->InterfaceType() : zebReaderInterfaceTypeSerial;
         const Family family = familyOf(t);
-        const bool reads = familyIsRead(family);
+        const bool reads = familyReads(family);
         const bool simulated = sim::hasSimulator(t);
         if (asJson) {
             list.push_back({{"number", t},
-                            {"name", basRead::ReaderTypeName(t)},
+                            {"name", modelInfo(t)->displayName},
                             {"family", familyName(family)},
                             {"interface", interfaceName(itf)},
                             {"reads", reads},
                             {"simulated", simulated},
                             {"marks", markScale(family)}});
         } else {
-            std::printf("%-3d %-36s %-14s %-7s %-5s %-10s %s\n", t, basRead::ReaderTypeName(t).c_str(),
+            std::printf("%-3d %-36s %-14s %-7s %-5s %-10s %s\n", t, modelInfo(t)->displayName,
                         familyName(family), interfaceName(itf), reads ? "yes" : "no",
                         simulated ? "yes" : "no", markScale(family));
         }

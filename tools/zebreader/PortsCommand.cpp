@@ -2,6 +2,7 @@
 // stores a mapping.
 #include "CommandLine.h"
 
+#include "channel/NetworkPort.h"
 #include "registry/PortMap.h"
 
 #include <nlohmann/json.hpp>
@@ -62,12 +63,22 @@ int runList(bool asJson)
         std::cout << "COM ports:\n";
     for (int port = 1; port <= 16; ++port) {
         const auto [path, from] = resolve(port);
+        // Whether a server answers is only known by connecting, which would take its line.
+        const bool network = zebreader81::isNetworkPort(path);
         std::error_code ec;
-        const bool present = fs::exists(path, ec);
-        j["ports"].push_back({{"port", port}, {"path", path}, {"from", from}, {"present", present}});
+        const bool present = !network && fs::exists(path, ec);
+        json entry = {{"port", port}, {"path", path}, {"from", from}};
+        if (network)
+            entry["network"] = true;
+        else
+            entry["present"] = present;
+        j["ports"].push_back(entry);
         if (!asJson)
             std::cout << "  COM" << port << (port < 10 ? "  " : " ") << path << "  (" << from
-                      << (present ? "" : ", absent") << ")\n";
+                      << (network   ? ", network"
+                          : present ? ""
+                                    : ", absent")
+                      << ")\n";
     }
     if (asJson)
         std::cout << j.dump() << "\n";
@@ -100,10 +111,13 @@ void addPortsCommand(CLI::App& app, int& status)
     ports->add_flag("--json", *asJson, "Print json");
     auto port = std::make_shared<int>(0);
     auto path = std::make_shared<std::string>();
-    auto* map =
-        ports->add_subcommand("map", "Store the device path of a COM port (an empty PATH removes it)");
+    auto* map = ports->add_subcommand(
+        "map", "Store the device path or network port of a COM port (an empty PATH removes it)");
     map->add_option("N", *port, "COM port number")->required()->check(CLI::Range(1, 16));
-    map->add_option("PATH", *path, "Device path, e.g. /dev/serial/by-id/...")->required();
+    map->add_option("PATH", *path,
+                    "Device path (e.g. /dev/serial/by-id/...) or network port (socket://HOST:PORT, "
+                    "rfc2217://HOST:PORT), stored as given")
+        ->required();
     map->callback([port, path, &status] { status = runMap(*port, *path); });
     ports->callback([ports, asJson, &status] {
         if (ports->get_subcommands().empty())

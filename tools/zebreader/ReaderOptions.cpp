@@ -4,6 +4,7 @@
 #include "ModelName.h"
 #include "SettingsFiles.h"
 
+#include "registry/SettingsStore.h"
 #include "registry/SettingsValues.h"
 #include "zebreader81/clsZEBReaderProfile.h"
 #include "zebreader81/clsZEBReaderProfiles.h"
@@ -106,7 +107,9 @@ void ReaderOptions::addTo(CLI::App& c, bool withSettingsKey)
             ->check(CLI::IsMember({"hkcu", "hklm"}, CLI::ignore_case));
     }
     c.add_option("--port", port, "COM port number (1-16)")->check(CLI::Range(1, 16));
-    c.add_option("--device", device, "Serial device to use as the port for this run");
+    c.add_option("--device", device,
+                 "Serial device or network port (socket://HOST:PORT, rfc2217://HOST:PORT) to use as the "
+                 "port for this run");
     c.add_option("--baud", baud, "Line speed")->check(CLI::Range(1, 4000000));
     c.add_option("--parity", parity, "Parity letter N, E, O, M or S")
         ->check(CLI::IsMember({"N", "E", "O", "M", "S"}, CLI::ignore_case));
@@ -147,6 +150,7 @@ void ReaderOptions::addTo(CLI::App& c, bool withSettingsKey)
 
 bool ReaderOptions::apply(clsZEBReader& reader) const
 {
+    registry::BadFileReportScope oneReport;
     std::optional<zebReaderType> type;
     if (!model.empty())
         type = parseModel(model);

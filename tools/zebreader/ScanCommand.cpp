@@ -249,6 +249,15 @@ int runScan(const ScanOptions& o)
 
     auto errors = ErrorSink::install(format == "json");
     clsZEBReader reader;
+    // The sink outlives this batch; what its hooks refer to does not.
+    struct Unhook {
+        ErrorSink& sink;
+        ~Unhook()
+        {
+            sink.setBeforeLine(nullptr);
+            sink.setHint(nullptr);
+        }
+    } unhook{*errors};
     if (!o.reader.apply(reader))
         return ExitFailed;
 

@@ -4,6 +4,7 @@
 #include "ReaderOptions.h"
 #include "SettingsFiles.h"
 
+#include "registry/SettingsStore.h"
 #include "registry/SettingsValues.h"
 #include "zebreader81/clsZEBReader.h"
 
@@ -106,6 +107,8 @@ int runShow(const SettingsOptions& o)
 int runSave(const SettingsOptions& o)
 {
     auto errors = ErrorSink::install(o.json || !stdoutIsTerminal());
+    // The store is read several times here; a damaged file is reported once.
+    registry::BadFileReportScope oneReport;
     const auto root = parseRoot(o.root);
     // Only what the command line gives changes: the rest stays as stored.
     ReaderOptions options = o.reader;

@@ -1,7 +1,9 @@
 #include "drivers/ezdata/EZDataProbes.h"
 
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
+#include "drivers/ChatsworthCommandSet.h"
 #include "drivers/ReaderAccess.h"
 #include "drivers/basRead.h"
 
@@ -11,9 +13,7 @@ namespace zebreader81 {
 
 namespace {
 
-constexpr char DC2 = 18;
-constexpr char ESC = 27;
-constexpr char CR = 13;
+using chatsworth::CR;
 
 // The probe opens the port itself; a port that was already open (against the rules) is not
 // the probe's to close.
@@ -61,9 +61,8 @@ bool LocateNCSEZ(clsZEBReader& reader, int16_t& port)
     try {
         ProbePort probe(reader, port);
         auto& com = probe.com();
-        com.Output(std::string{DC2} + "R7777" + DC2 + "I00" + DC2 + "E");
-        frmComm::Sleep(100);
-        if (com.InBufferCount() != 2)
+        com.Output(chatsworth::binaryDownload());
+        if (wait::waitingAfter(com, 100) != 2)
             return false;
         com.InputLen(0);
         return com.Input() == std::string{'G', CR};
@@ -77,9 +76,8 @@ bool FirmwareNCSEZ(clsZEBReader& reader, std::string& text)
     try {
         ProbePort probe(reader, reader.Port());
         auto& com = probe.com();
-        com.Output(std::string{DC2, ESC} + "V" + DC2 + "E");
-        frmComm::Sleep(100);
-        if (com.InBufferCount() <= 0)
+        com.Output(chatsworth::frame("V"));
+        if (wait::waitingAfter(com, 100) <= 0)
             return false;
         com.InputLen(0);
         const std::string reply = com.Input();

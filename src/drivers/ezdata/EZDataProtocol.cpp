@@ -2,33 +2,6 @@
 
 namespace zebreader81::ezdata {
 
-namespace {
-
-// Characters `from` to `to` (from 1), as far as the text reaches.
-std::string field(std::string_view text, std::size_t from, std::size_t to)
-{
-    if (text.size() < from)
-        return {};
-    return std::string(text.substr(from - 1, to - from + 1));
-}
-
-} // namespace
-
-std::string frame(std::string_view commandWord)
-{
-    std::string out{DC2, ESC};
-    out += commandWord;
-    out += DC2;
-    out += 'E';
-    return out;
-}
-
-ConfigText parseConfigText(std::string_view text)
-{
-    return {field(text, 1, 2),   field(text, 4, 5),   field(text, 7, 8),
-            field(text, 13, 15), field(text, 16, 17), field(text, 19, 21)};
-}
-
 std::optional<int16_t> thresholdOfCode(std::string_view code)
 {
     if (code.size() != 2 || code[0] < '6' || code[0] > '7' || code[1] < '0' || code[1] > '9')

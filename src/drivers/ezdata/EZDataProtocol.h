@@ -1,6 +1,9 @@
-// EZData wire protocol: command frames, the configuration text and the short answers.
-// Pure functions over bytes; the port work is in basNCSEZData.
+// EZData wire protocol: the command words and the checks of its answers, over the card
+// reader command set it shares with the Chatsworth family. Pure functions over bytes; the
+// port work is in basNCSEZData.
 #pragma once
+
+#include "drivers/ChatsworthCommandSet.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -10,9 +13,9 @@
 
 namespace zebreader81::ezdata {
 
-inline constexpr char DC2 = 18;
-inline constexpr char ESC = 27;
-inline constexpr char CR = 13;
+using chatsworth::CR;
+using chatsworth::DC2;
+using chatsworth::ESC;
 
 /// Command words.
 namespace word {
@@ -29,31 +32,15 @@ inline constexpr std::string_view Accept = "EF";
 inline constexpr std::string_view Disable = "D";
 } // namespace word
 
-/// DC2 ESC word DC2 "E", sent in one piece.
-std::string frame(std::string_view commandWord);
+using chatsworth::frame;
 
-// Configuration text: the 22 characters between "G" and CR of the GETCONFIG answer.
-// Positions from 1:
-//    1-2   line code               must be "22"
-//    3     separator
-//    4-5   flags                   wanted "03"
-//    6     separator
-//    7-8   timing-mark setting     wanted "80"
-//    9-12  not used by the driver
-//   13-15  scanner state           must be "INL"
-//   16-17  threshold code          "60", "62" ... "78" for threshold 0 to 9
-//   18     separator
-//   19-21  decay                   wanted "1.5"
-//   22     not used by the driver
-inline constexpr std::size_t ConfigTextLength = 22;
+// The EZData wants line code "22", flags "03", timing "80", state "INL", a threshold code
+// "60", "62" ... "78" for threshold 0 to 9 and decay "1.5".
+using chatsworth::ConfigText;
+using chatsworth::ConfigTextLength;
+using chatsworth::parseConfigText;
 /// "G", the configuration text, CR.
 inline constexpr std::size_t ConfigAnswerLength = ConfigTextLength + 2;
-
-struct ConfigText {
-    std::string lineCode, flags, timing, state, thresholdCode, decay;
-};
-/// Cuts the fields out of the configuration text; a field beyond a short text comes out short.
-ConfigText parseConfigText(std::string_view text);
 
 /// Threshold 0 to 9 that a threshold code stands for; nullopt for any other code.
 std::optional<int16_t> thresholdOfCode(std::string_view code);

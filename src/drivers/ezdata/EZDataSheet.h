@@ -1,21 +1,19 @@
-// EZData sheet stream: two bytes per timing-mark row, one bit per column, ended by CR.
+// EZData sheet stream: the card reader's binary conversion, 150 rows, ended by CR.
 #pragma once
 
-#include "zebreader81/SafeArray.h"
+#include "drivers/ChatsworthCard.h"
 
 #include <cstdint>
 
 namespace zebreader81::ezdata {
 
-/// Decodes the sheet stream one byte at a time into a 150 by 12 array.
-///
-/// First byte of a row: bit 1 column 12, 2 column 11, 4 column 10, 8 column 9, 16 column 8,
-/// 64 column 7. Second byte: the same bits for columns 6 to 1. The scanner sets bit 32 on
-/// every data byte (so none is CR); a blank marks nothing but still counts as its half.
+/// Decodes the sheet stream one byte at a time into a 150 by 12 array (bit layout in
+/// chatsworth::CardDecoder). A byte without the data flag is still read for its marks; only a byte
+/// with bit 128 is refused.
 class SheetDecoder {
 public:
     static constexpr int32_t Rows = 150;
-    static constexpr int32_t Columns = 12;
+    static constexpr int32_t Columns = chatsworth::CardDecoder::Columns;
 
     enum class Step {
         More,    ///< byte taken, the sheet goes on
@@ -29,18 +27,14 @@ public:
     /// Takes one byte. Data for a row beyond the array raises run-time error 9.
     Step feed(char byte);
 
-    const SafeArray<int16_t>& sheet() const { return sheet_; }
+    const SafeArray<int16_t>& sheet() const { return card_.sheet(); }
     /// Rows completed so far (the timing marks once the sheet has ended).
-    int16_t rowsDone() const { return static_cast<int16_t>(row_ - 1); }
+    int16_t rowsDone() const { return card_.rowsDone(); }
     /// Bytes taken so far, CR included.
-    int32_t byteCount() const { return byteCount_; }
+    int32_t byteCount() const { return card_.byteCount(); }
 
 private:
-    int16_t markValue_;
-    SafeArray<int16_t> sheet_;
-    int16_t row_ = 1;
-    bool secondHalf_ = false;
-    int32_t byteCount_ = 0;
+    chatsworth::CardDecoder card_;
 };
 
 } // namespace zebreader81::ezdata

@@ -39,23 +39,16 @@ bool fail(const std::string& message, const char* location)
 
 std::optional<char> takeByte(SerialControl& com)
 {
-    com.InputLen(1);
-    const std::string s = com.Input();
-    if (s.empty())
-        return std::nullopt;
-    return s[0];
+    const auto b = wait::takeByte(com);
+    return b ? std::optional<char>(static_cast<char>(*b)) : std::nullopt;
 }
 
 // Next byte, however long the scanner takes; nullopt once CancelScan is set.
-std::optional<char> nextByteUnlessCancelled(clsZEBReader& reader)
+std::optional<char> nextByteUnlessCancelled(frmComm& fc)
 {
-    auto& fc = Reader::fComm(reader);
     for (;;) {
-        while (fc.mscComm.InBufferCount() == 0) {
-            if (reader.CancelScan())
-                return std::nullopt;
-            fc.DoEvents();
-        }
+        if (!wait::awaitByteUntilCancel(fc))
+            return std::nullopt;
         if (auto b = takeByte(fc.mscComm))
             return b;
     }
@@ -65,15 +58,12 @@ std::optional<char> nextByteUnlessCancelled(clsZEBReader& reader)
 // first byte that is not "G": the fault is known.
 std::string actionAnswer(frmComm& fc)
 {
-    auto& com = fc.mscComm;
     std::string answer;
     fc.tmrScan.Enabled(true);
-    while (answer.size() < 2) {
-        while (com.InBufferCount() == 0 && fc.tmrScan.Enabled())
-            fc.DoEvents();
-        if (com.InBufferCount() == 0)
-            break;
-        const auto b = takeByte(com);
+    while (answer.size() < 2 &&
+           wait::awaitBytes(fc, 1, {.pace = std::nullopt, .cancel = false, .watchdog = true}) ==
+               wait::Outcome::Arrived) {
+        const auto b = takeByte(fc.mscComm);
         if (!b)
             continue;
         answer += *b;
@@ -99,16 +89,15 @@ bool action(clsZEBReader& reader, std::string_view commandWord, std::string_view
 // GETCONFIG: the configuration text, or nullopt after a report (or a cancel).
 std::optional<ConfigText> readConfiguration(clsZEBReader& reader)
 {
-    auto& com = Reader::fComm(reader).mscComm;
-    com.Output(frame(word::GetConfig));
-    frmComm::Sleep(100);
-    if (com.InBufferCount() != static_cast<int16_t>(ConfigAnswerLength)) {
+    auto& fc = Reader::fComm(reader);
+    fc.mscComm.Output(frame(word::GetConfig));
+    if (wait::waitingAfter(fc.mscComm, 100) != static_cast<int16_t>(ConfigAnswerLength)) {
         fail(unexpectedData("GETCONFIG3"), InitLocation);
         return std::nullopt;
     }
     std::string answer;
     while (answer.size() < ConfigAnswerLength) {
-        const auto b = nextByteUnlessCancelled(reader);
+        const auto b = nextByteUnlessCancelled(fc);
         if (!b)
             return std::nullopt;
         answer += *b;
@@ -130,12 +119,12 @@ bool setValue(clsZEBReader& reader, const std::string& commandWord)
 // Asks for the status until no sheet is left in the transport, then checks the faults.
 bool checkStatus(clsZEBReader& reader)
 {
-    auto& com = Reader::fComm(reader).mscComm;
+    auto& fc = Reader::fComm(reader);
+    auto& com = fc.mscComm;
     for (int ejects = 0;; ++ejects) {
         flushInput(reader);
         com.Output(frame(word::Status));
-        frmComm::Sleep(100);
-        if (com.InBufferCount() != static_cast<int16_t>(StatusAnswerLength))
+        if (wait::waitingAfter(fc.mscComm, 100) != static_cast<int16_t>(StatusAnswerLength))
             return fail(unexpectedData("STATUS"), InitLocation);
         std::string answer;
         for (std::size_t i = 0; i < StatusAnswerLength; ++i)
@@ -214,9 +203,7 @@ bool ReadPageNCSEZ(clsZEBReader& reader)
         auto& com = fc.mscComm;
         flushInput(reader);
         com.Output(frame(word::Enable));
-        frmComm::Sleep(500);
-
-        const int16_t waiting = com.InBufferCount();
+        const int16_t waiting = wait::waitingAfter(fc.mscComm, 500);
         const auto first = waiting > 0 ? takeByte(com) : std::nullopt;
         if (waiting != 2 || first != 'G') {
             if (first == '?')
@@ -228,7 +215,7 @@ bool ReadPageNCSEZ(clsZEBReader& reader)
         // The operator feeds the sheet: no time-out here, only CancelScan ends the wait.
         std::string data;
         for (;;) {
-            const auto b = nextByteUnlessCancelled(reader);
+            const auto b = nextByteUnlessCancelled(fc);
             if (!b)
                 return false;
             data += *b;
@@ -256,12 +243,12 @@ bool RejectPageNCSEZ(clsZEBReader& reader, bool reject)
 bool SetValuesNCSEZ(clsZEBReader& reader, const std::string& frame, const std::string& commandWord)
 {
     return trap(SetValuesLocation, false, [&] {
-        auto& com = Reader::fComm(reader).mscComm;
+        auto& fc = Reader::fComm(reader);
+        auto& com = fc.mscComm;
         flushInput(reader);
         com.Output(frame);
-        frmComm::Sleep(100);
         std::string answer;
-        if (com.InBufferCount() == 2)
+        if (wait::waitingAfter(fc.mscComm, 100) == 2)
             for (int i = 0; i < 2; ++i)
                 if (auto b = takeByte(com))
                     answer += *b;

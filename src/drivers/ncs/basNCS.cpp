@@ -1,5 +1,6 @@
 #include "drivers/ncs/basNCS.h"
 
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 #include "drivers/ReaderAccess.h"
@@ -34,51 +35,21 @@ thread_local int32_t lSavedScanMode = 0;
 
 // Longest a drain keeps reading a line that never falls quiet; what follows then fails on
 // the babble and is reported, where an endless drain would hang the host.
-constexpr auto drainLimit = std::chrono::seconds(1);
+constexpr std::chrono::seconds drainLimit{1};
 
-void drain(SerialControl& com)
-{
-    const auto until = std::chrono::steady_clock::now() + drainLimit;
-    while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
-        com.Input();
-}
-
-// Waits until `minimum` bytes are buffered; False when tmrScan runs out first.
-bool awaitBytes(frmComm& fc, int16_t minimum)
-{
-    auto& com = fc.mscComm;
-    fc.tmrScan.Enabled(true);
-    while (com.InBufferCount() < minimum) {
-        fc.DoEvents();
-        if (!fc.tmrScan.Enabled() && com.InBufferCount() < minimum) {
-            fc.tmrScan.Enabled(false);
-            return false;
-        }
-    }
-    fc.tmrScan.Enabled(false);
-    return true;
-}
+void drain(SerialControl& com) { wait::drain(com, drainLimit); }
 
 // Reads a status reply one byte at a time; positions not read stay 0. The minimum a wait
 // asks for may arrive before the reply's last bytes: a few character times of grace keep that
 // tail from being taken as the start of the next exchange (a stray CR would end a page).
 proto::Reply readReply(frmComm& fc, std::size_t limit)
 {
-    auto& com = fc.mscComm;
-    const auto grace = std::max(std::chrono::ceil<std::chrono::milliseconds>(3 * com.characterTime()),
+    const auto grace = std::max(std::chrono::ceil<std::chrono::milliseconds>(3 * fc.mscComm.characterTime()),
                                 std::chrono::milliseconds(2));
     proto::Reply reply{};
-    com.InputLen(1);
-    for (std::size_t i = 0; i < limit; ++i) {
-        if (com.InBufferCount() == 0) {
-            fc.DoEvents(grace);
-            if (com.InBufferCount() == 0)
-                break;
-        }
-        const std::string one = com.Input();
-        if (!one.empty())
-            reply[i] = static_cast<uint8_t>(one[0]);
-    }
+    for (std::size_t i = 0; i < limit && wait::byteWithin(fc, grace); ++i)
+        if (const auto b = wait::takeByte(fc.mscComm))
+            reply[i] = *b;
     return reply;
 }
 
@@ -89,7 +60,7 @@ bool query(clsZEBReader& reader, const std::string& command, int16_t minimum, st
     auto& fc = Reader::fComm(reader);
     drain(fc.mscComm);
     fc.mscComm.Output(command);
-    if (!awaitBytes(fc, minimum)) {
+    if (wait::awaitBytes(fc, minimum) != wait::Outcome::Arrived) {
         basError::ReportDevice(proto::NoResponseStatus, location, proto::NoResponseTitle);
         return false;
     }
@@ -97,47 +68,25 @@ bool query(clsZEBReader& reader, const std::string& command, int16_t minimum, st
     return true;
 }
 
-enum class Wait { Arrived, TimedOut, Cancelled };
-
 // The first byte of a sheet: bounded by tmrScan when the feeder runs on its own, otherwise
 // as long as the operator takes, until CancelScan.
-Wait awaitSheet(clsZEBReader& reader, bool timed)
+wait::Outcome awaitSheet(frmComm& fc, bool timed)
 {
-    auto& fc = Reader::fComm(reader);
-    auto& com = fc.mscComm;
-    if (timed) {
-        fc.tmrScan.Enabled(true);
-        while (com.InBufferCount() == 0) {
-            fc.DoEvents();
-            if (!fc.tmrScan.Enabled() && com.InBufferCount() == 0) {
-                fc.tmrScan.Enabled(false);
-                return Wait::TimedOut;
-            }
-        }
-    } else {
-        fc.tmrScan.Enabled(false);
-        while (com.InBufferCount() == 0) {
-            fc.DoEvents();
-            if (reader.CancelScan())
-                return Wait::Cancelled;
-        }
-    }
+    if (timed)
+        return wait::awaitBytes(fc, 1);
     fc.tmrScan.Enabled(false);
-    return Wait::Arrived;
+    return wait::awaitByteUntilCancel(fc) ? wait::Outcome::Arrived : wait::Outcome::Cancelled;
 }
 
 // Feeds the page stream to the decoder until the page ends or breaks; False when a byte
 // does not arrive in time.
 bool receivePage(frmComm& fc, OpScanPageDecoder& decoder)
 {
-    auto& com = fc.mscComm;
-    com.InputLen(1);
     while (decoder.step() == OpScanPageDecoder::Step::More) {
-        if (com.InBufferCount() == 0 && !awaitBytes(fc, 1))
+        if (wait::awaitBytes(fc, 1) != wait::Outcome::Arrived)
             return false;
-        const std::string one = com.Input();
-        if (!one.empty())
-            decoder.feed(static_cast<uint8_t>(one[0]));
+        if (const auto b = wait::takeByte(fc.mscComm))
+            decoder.feed(*b);
     }
     return true;
 }
@@ -277,12 +226,12 @@ bool ReadPageNCS(clsZEBReader& reader)
 
         drain(com);
         com.Output(proto::nextSheetCommand());
-        switch (awaitSheet(reader, reader.Feeder() && !reader.ReaderGrade())) {
-        case Wait::TimedOut:
+        switch (awaitSheet(fc, reader.Feeder() && !reader.ReaderGrade())) {
+        case wait::Outcome::TimedOut:
             basError::ReportDevice(proto::NoResponseScanning, locReadPage, proto::NoResponseTitle);
             return false;
-        case Wait::Cancelled: return false;
-        case Wait::Arrived: break;
+        case wait::Outcome::Cancelled: return false;
+        case wait::Outcome::Arrived: break;
         }
 
         if (!receivePage(fc, decoder)) {

@@ -1,5 +1,6 @@
 #include "drivers/pdi/basPeripheralDynamics.h"
 
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 #include "drivers/ReaderAccess.h"
@@ -25,14 +26,9 @@ void pause(int64_t ms) { frmComm::Sleep(ms); }
 
 // Longest a flush keeps reading a line that never falls quiet; what follows then fails on
 // the babble and is reported, where an endless flush would hang the host.
-constexpr auto flushLimit = std::chrono::seconds(1);
+constexpr std::chrono::seconds flushLimit{1};
 
-void flush(SerialControl& com)
-{
-    const auto until = std::chrono::steady_clock::now() + flushLimit;
-    while (com.InBufferCount() != 0 && std::chrono::steady_clock::now() < until)
-        com.Input();
-}
+void flush(SerialControl& com) { wait::drain(com, flushLimit); }
 
 // The character code of a one-character Input; nothing there is an invalid procedure call.
 int16_t code(const std::string& ch)
@@ -45,16 +41,8 @@ int16_t code(const std::string& ch)
 // Waits for `count` characters on the reply timer; false when it ran out first.
 bool awaitReply(frmComm& fc, int16_t count)
 {
-    auto& com = fc.mscComm;
     fc.tmrScan.Interval(ReplyIntervalMs);
-    fc.tmrScan.Enabled(true);
-    while (com.InBufferCount() < count) {
-        fc.DoEvents();
-        if (!fc.tmrScan.Enabled() && com.InBufferCount() < count)
-            return false;
-    }
-    fc.tmrScan.Enabled(false);
-    return true;
+    return wait::awaitBytes(fc, count) == wait::Outcome::Arrived;
 }
 
 } // namespace
@@ -102,10 +90,9 @@ bool CheckStatusPD(clsZEBReader& reader, int16_t& status1, int16_t& status2)
         flush(com);
         pause(sleep * 5);
         com.Output(pdi::CmdStatus);
-        pause(sleep * 5);
 
         // The wait ends on the first character of the reply, not the third.
-        if (com.InBufferCount() < pdi::StatusReplyLength && !awaitReply(fc, 1)) {
+        if (wait::waitingAfter(fc.mscComm, sleep * 5) < pdi::StatusReplyLength && !awaitReply(fc, 1)) {
             basError::ReportDevice("The PDI scanner did not respond to a STATUS request.  Make sure the "
                                    "scanner is connected and powered on.",
                                    StatusLocation, StatusTitle);
@@ -139,8 +126,8 @@ bool SetRecThresholdPD(clsZEBReader& reader, int32_t sleepMs)
         flush(com);
         pause(sleep * 5);
         com.Output(pdi::CmdThresholdDown);
-        pause(sleep * 5);
-        if (com.InBufferCount() < pdi::ThresholdReplyLength && !awaitReply(fc, pdi::ThresholdReplyLength))
+        if (wait::waitingAfter(fc.mscComm, sleep * 5) < pdi::ThresholdReplyLength &&
+            !awaitReply(fc, pdi::ThresholdReplyLength))
             return noResponse();
         std::string reply;
         for (int i = 0; i < pdi::ThresholdReplyLength; ++i)
@@ -189,20 +176,16 @@ bool ReadPagePD(clsZEBReader& reader)
         }
 
         for (;;) {
-            // A turn blocks until new input or a cancel, so it is taken only with nothing buffered.
-            if (com.InBufferCount() == 0)
-                fc.DoEvents();
-            if (reader.CancelScan())
+            // A cancel ends the sheet even while its data streams in.
+            if (!wait::awaitByteUntilCancel(fc) || reader.CancelScan())
                 return false;
-            if (com.InBufferCount() == 0)
-                continue;
             const unsigned char c = static_cast<unsigned char>(code(com.Input()));
             if (c == pdi::CR && com.InBufferCount() == 0)
                 break;
             if (!sheet.started()) {
-                pause(sleep * 5);
+                const int16_t waiting = wait::waitingAfter(fc.mscComm, sleep * 5);
                 if (c == pdi::LF) {
-                    const int32_t rows = pdi::rowCount(com.InBufferCount());
+                    const int32_t rows = pdi::rowCount(waiting);
                     Reader::Side1TimingMarks(reader, static_cast<int16_t>(rows));
                     sheet.start(rows);
                 }

@@ -1,6 +1,7 @@
 #include "drivers/scantron/ScanMarkCommands.h"
 
 #include "core/basError.h"
+#include "profiles/ModelTable.h"
 #include "zebreader81/clsZEBReaderWindows.h"
 
 #include <limits>
@@ -43,7 +44,7 @@ std::string num(int32_t value) { return std::to_string(value); }
 
 std::string frame(const std::string& text) { return std::string(1, ESC) + text + CR; }
 
-bool isModel8000(int32_t readerType) { return readerType == 16 || readerType == 17; }
+bool isModel8000(int32_t readerType) { return hasCapability(readerType, Dialect8000); }
 
 int16_t charBase(int32_t readerType) { return isModel8000(readerType) ? 0 : 48; }
 

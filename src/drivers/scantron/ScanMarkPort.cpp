@@ -15,39 +15,18 @@ void FlushInputST(clsZEBReader& reader) { wait::drain(Reader::fComm(reader).mscC
 
 namespace scanmark {
 
-void waitTurn(clsZEBReader& reader)
+std::chrono::milliseconds pace(const clsZEBReader& reader)
 {
     const int32_t sleep = reader.SleepTime();
-    Reader::fComm(reader).DoEvents(std::chrono::milliseconds(sleep > 0 ? sleep : 50));
+    return std::chrono::milliseconds(sleep > 0 ? sleep : 50);
 }
 
-FirstByte waitFirstByte(clsZEBReader& reader)
+wait::Turns turns(const clsZEBReader& reader)
 {
-    auto& fc = Reader::fComm(reader);
-    auto& com = fc.mscComm;
-    fc.tmrScan.Enabled(true);
-    while (com.InBufferCount() == 0) {
-        waitTurn(reader);
-        if (reader.CancelScan()) {
-            fc.tmrScan.Enabled(false);
-            return FirstByte::Cancelled;
-        }
-        if (!fc.tmrScan.Enabled())
-            return FirstByte::TimedOut;
-    }
-    fc.tmrScan.Enabled(false);
-    return FirstByte::Arrived;
+    return {.pace = pace(reader), .cancel = true, .watchdog = false};
 }
 
-std::string takeWaiting(clsZEBReader& reader)
-{
-    auto& com = Reader::fComm(reader).mscComm;
-    com.InputLen(1);
-    std::string reply;
-    while (com.InBufferCount() > 0)
-        reply += com.Input();
-    return reply;
-}
+void waitTurn(clsZEBReader& reader) { wait::turn(Reader::fComm(reader), pace(reader)); }
 
 } // namespace scanmark
 } // namespace zebreader81

@@ -1,7 +1,9 @@
-// The waits every basScantron procedure shares on the serial channel.
+// The flush and the pace of the waits every basScantron procedure shares.
 #pragma once
 
-#include <string>
+#include "channel/Waits.h"
+
+#include <chrono>
 
 namespace zebreader81 {
 class clsZEBReader;
@@ -12,19 +14,14 @@ void FlushInputST(clsZEBReader& reader);
 
 namespace scanmark {
 
+/// How long one turn of a wait lasts at most: SleepTime, 50 ms when not set. The pace bounds
+/// what a reply that slips in just before the turn can cost.
+std::chrono::milliseconds pace(const clsZEBReader& reader);
+/// The family's waits: paced, and ended by a cancel request.
+wait::Turns turns(const clsZEBReader& reader);
 /// One turn of a wait: yields until input arrives, the timer runs out, a cancel request or
-/// SleepTime (50 ms when not set) passes. The pace bounds what a reply that slips in just
-/// before the turn can cost.
+/// the pace passes.
 void waitTurn(clsZEBReader& reader);
-
-enum class FirstByte { Arrived, Cancelled, TimedOut };
-
-/// Arms tmrScan and waits, yielding, until a byte is waiting; a cancel request or the timer
-/// ends the wait. The timer is off again when it returns.
-FirstByte waitFirstByte(clsZEBReader& reader);
-
-/// Takes every byte waiting, one at a time, without waiting for more.
-std::string takeWaiting(clsZEBReader& reader);
 
 } // namespace scanmark
 } // namespace zebreader81

@@ -2,6 +2,7 @@
 // 8000/8400. The form download is in basScantronForm.cpp.
 #include "drivers/scantron/basScantron.h"
 
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 #include "drivers/ReaderAccess.h"
@@ -19,8 +20,8 @@ namespace zebreader81::basScantron {
 
 namespace {
 
-using scanmark::FirstByte;
 using std::chrono::milliseconds;
+using wait::Outcome;
 
 constexpr const char* resetLocation = "ZEBReader81 - basScantron.ResetReaderST";
 constexpr const char* statusLocation = "ZEBReader81 - basScantron.CheckStatusST";
@@ -42,16 +43,12 @@ enum class Transfer { Running, Ended, Stalled };
 std::optional<unsigned char> nextByte(clsZEBReader& reader)
 {
     auto& fc = Reader::fComm(reader);
-    auto& com = fc.mscComm;
     for (;;) {
-        if (com.InBufferCount() > 0) {
-            const std::string b = com.Input();
-            if (!b.empty())
-                return static_cast<unsigned char>(b[0]);
-        }
-        if (!fc.tmrScan.Enabled())
+        if (wait::awaitBytes(fc, 1, {.pace = scanmark::pace(reader), .cancel = false, .watchdog = true}) !=
+            Outcome::Arrived)
             return std::nullopt;
-        scanmark::waitTurn(reader);
+        if (const auto b = wait::takeByte(fc.mscComm))
+            return b;
     }
 }
 
@@ -76,17 +73,16 @@ Transfer readPageSide(clsZEBReader& reader, SafeArray<int16_t>& side, int16_t ro
 void finishTransfer(clsZEBReader& reader)
 {
     auto& fc = Reader::fComm(reader);
-    auto& com = fc.mscComm;
-    auto quietUntil = std::chrono::steady_clock::now() + endQuiet;
-    while (fc.tmrScan.Enabled() && std::chrono::steady_clock::now() < quietUntil) {
-        if (com.InBufferCount() > 0) {
-            if (com.Input() == std::string(1, scanmark::CR))
-                break;
-            quietUntil = std::chrono::steady_clock::now() + endQuiet;
+    using Clock = std::chrono::steady_clock;
+    auto quietUntil = Clock::now() + endQuiet;
+    while (fc.tmrScan.Enabled() && Clock::now() < quietUntil) {
+        const auto left =
+            std::chrono::duration_cast<milliseconds>(quietUntil - Clock::now()) + milliseconds(1);
+        if (!wait::byteWithin(fc, left))
             continue;
-        }
-        fc.DoEvents(std::chrono::duration_cast<milliseconds>(quietUntil - std::chrono::steady_clock::now()) +
-                    milliseconds(1));
+        if (wait::takeByte(fc.mscComm) == scanmark::CR)
+            break;
+        quietUntil = Clock::now() + endQuiet;
     }
     FlushInputST(reader);
 }
@@ -123,10 +119,10 @@ bool startTransfer(clsZEBReader& reader, bool withReject, const char* timeoutMes
     // The mark data must not open with what trailed the status reply.
     FlushInputST(reader);
     fc.mscComm.Output(scanmark::readCommand(withReject));
-    switch (scanmark::waitFirstByte(reader)) {
-    case FirstByte::Arrived: break;
-    case FirstByte::TimedOut: basError::ReportDevice(timeoutMessage, location, readTitle); [[fallthrough]];
-    case FirstByte::Cancelled: FlushInputST(reader); return false;
+    switch (wait::awaitBytes(fc, 1, scanmark::turns(reader))) {
+    case Outcome::Arrived: break;
+    case Outcome::TimedOut: basError::ReportDevice(timeoutMessage, location, readTitle); [[fallthrough]];
+    case Outcome::Cancelled: FlushInputST(reader); return false;
     }
     fc.mscComm.InputLen(1);
     fc.tmrScan.Enabled(true);
@@ -175,19 +171,20 @@ bool CloseReaderST(clsZEBReader& reader)
 bool ResetReaderST(clsZEBReader& reader)
 {
     return trap(resetLocation, false, [&] {
-        auto& com = Reader::fComm(reader).mscComm;
+        auto& fc = Reader::fComm(reader);
+        auto& com = fc.mscComm;
         if (!com.PortOpen())
             return true;
         FlushInputST(reader);
         com.Output(scanmark::resetCommand());
-        switch (scanmark::waitFirstByte(reader)) {
-        case FirstByte::Arrived: break;
-        case FirstByte::Cancelled: return false;
-        case FirstByte::TimedOut:
+        switch (wait::awaitBytes(fc, 1, scanmark::turns(reader))) {
+        case Outcome::Arrived: break;
+        case Outcome::Cancelled: return false;
+        case Outcome::TimedOut:
             basError::ReportDevice(noResponse, resetLocation, "No Response");
             return false;
         }
-        const std::string reply = scanmark::takeWaiting(reader);
+        const std::string reply = wait::takeWaiting(com);
         if (!reply.empty() && reply[0] == scanmark::CR)
             return true;
         basError::ReportDevice(
@@ -205,25 +202,18 @@ int16_t CheckStatusST(clsZEBReader& reader)
         auto& com = fc.mscComm;
         FlushInputST(reader);
         com.Output(scanmark::statusCommand());
-        com.InputLen(1);
-        fc.tmrScan.Enabled(true);
-        std::string reply;
-        while (reply.size() < scanmark::StatusReplyLength) {
-            if (com.InBufferCount() > 0) {
-                reply += com.Input();
-                continue;
-            }
-            scanmark::waitTurn(reader);
-            if (reader.CancelScan()) {
-                fc.tmrScan.Enabled(false);
-                return -1;
-            }
-            if (!fc.tmrScan.Enabled()) {
-                basError::ReportDevice(noResponse, statusLocation, "Initialize Error");
-                return -1;
-            }
+        switch (wait::awaitBytes(fc, static_cast<int16_t>(scanmark::StatusReplyLength),
+                                 scanmark::turns(reader))) {
+        case Outcome::Arrived: break;
+        case Outcome::Cancelled: return -1;
+        case Outcome::TimedOut:
+            basError::ReportDevice(noResponse, statusLocation, "Initialize Error");
+            return -1;
         }
-        fc.tmrScan.Enabled(false);
+        std::string reply;
+        for (std::size_t i = 0; i < scanmark::StatusReplyLength; ++i)
+            if (const auto b = wait::takeByte(com))
+                reply += static_cast<char>(*b);
         const auto decision = scanmark::decodeStatus(reply);
         if (decision.reports())
             basError::ReportDevice(decision.message, decision.location, decision.title);
@@ -326,10 +316,10 @@ bool RejectPageST(clsZEBReader& reader, bool& reject)
         if (reject)
             com.Output(scanmark::rejectPrintCommand());
         com.Output(scanmark::ejectCommand(reject));
-        switch (scanmark::waitFirstByte(reader)) {
-        case FirstByte::Arrived: break;
-        case FirstByte::Cancelled: return false;
-        case FirstByte::TimedOut:
+        switch (wait::awaitBytes(fc, 1, scanmark::turns(reader))) {
+        case Outcome::Arrived: break;
+        case Outcome::Cancelled: return false;
+        case Outcome::TimedOut:
             basError::ReportDevice(
                 "There was no response from the Scantron scanner. Could not eject the page!", rejectLocation,
                 "Eject Page Error");

@@ -1,4 +1,5 @@
 // basScantron: the form definition download and the acknowledged command.
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 #include "drivers/ReaderAccess.h"
@@ -44,10 +45,11 @@ bool SendCommandST(clsZEBReader& reader, const std::string& command)
     return trap("ZEBReader81 - basScantron.SendCommandST", false, [&] {
         // A late byte of an earlier reply must not pass for this command's answer.
         FlushInputST(reader);
-        Reader::fComm(reader).mscComm.Output(command);
-        if (scanmark::waitFirstByte(reader) != scanmark::FirstByte::Arrived)
+        auto& fc = Reader::fComm(reader);
+        fc.mscComm.Output(command);
+        if (wait::awaitBytes(fc, 1, scanmark::turns(reader)) != wait::Outcome::Arrived)
             return false;
-        const std::string reply = scanmark::takeWaiting(reader);
+        const std::string reply = wait::takeWaiting(fc.mscComm);
         return !reply.empty() && reply[0] == scanmark::CR;
     });
 }
