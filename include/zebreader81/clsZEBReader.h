@@ -175,7 +175,8 @@ public:
     // Host integration
     /// Registers the host's error object for this thread; nullptr unregisters (returns False).
     bool SetError(std::shared_ptr<ErrorHost> oErr);
-    /// Opens the settings dialog; False when cancelled or when no dialog is available.
+    /// Opens the settings dialog installed by SetOptionsDialogHook (the Windows DLL has one);
+    /// False when cancelled or when no dialog is installed.
     bool ShowOptions(void* fParent = nullptr);
     /// Searches ports (iStartPort first, then 1 to 16) for the scanner and sets Port to the
     /// first that answers. Only for the models whose profile allows it.

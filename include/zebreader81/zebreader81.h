@@ -17,6 +17,7 @@
 
 #include "zebreader81/AutomationError.h"
 #include "zebreader81/ErrorHost.h"
+#include "zebreader81/OptionsDialog.h"
 #include "zebreader81/ReaderEvents.h"
 #include "zebreader81/SafeArray.h"
 #include "zebreader81/clsZEBReader.h"

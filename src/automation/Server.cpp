@@ -2,6 +2,7 @@
 #include "automation/ComBase.h"
 #include "automation/Objects.h"
 #include "automation/Registration.h"
+#include "dialog/win32/frmOptions.h"
 
 namespace zebreader81::automation {
 
@@ -70,6 +71,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID)
     if (reason == DLL_PROCESS_ATTACH) {
         setModuleHandle(instance);
         DisableThreadLibraryCalls(instance);
+        zebreader81::InstallOptionsDialog();
     }
     return TRUE;
 }

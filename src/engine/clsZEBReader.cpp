@@ -147,15 +147,6 @@ bool clsZEBReader::SetError(std::shared_ptr<ErrorHost> oErr)
     return registered;
 }
 
-bool clsZEBReader::ShowOptions(void*)
-{
-    return trap("ZEBReader81 - clsZEBReader.ShowOptions", false, [] {
-        basError::ReportDevice("No settings dialog is available on this platform.",
-                               "ZEBReader81 - clsZEBReader.ShowOptions", "Settings Dialog");
-        return false;
-    });
-}
-
 int32_t clsZEBReader::Advise(std::shared_ptr<ReaderEvents> sink)
 {
     if (!sink)

@@ -1,6 +1,6 @@
 // The file backend: where roots live, damaged and unwritable files, and several processes.
-#include "StoreFixture.h"
 #include "registry/FileStore.h"
+#include "StoreFixture.h"
 #include "registry/PortMap.h"
 #include "registry/RegFormat.h"
 #include "registry/SettingsValues.h"
