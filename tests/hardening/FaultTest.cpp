@@ -287,6 +287,14 @@ std::string ezEnable(const std::string& what)
 std::vector<Case> cases()
 {
     using F = Faults;
+    // Starts the reader, sets up the fault, and reads once.
+    auto read = [](std::function<void(F&)> fault) {
+        return [fault](F& f) {
+            f.start();
+            fault(f);
+            f.failingRead();
+        };
+    };
     auto op = [](F& f) -> sim::OpScanSimulator& { return f.sim<sim::OpScanSimulator>(); };
     auto sm = [](F& f) -> sim::ScanMarkSimulator& { return f.sim<sim::ScanMarkSimulator>(); };
     auto pd = [](F& f) -> sim::PdiSimulator& { return f.sim<sim::PdiSimulator>(); };
@@ -294,65 +302,37 @@ std::vector<Case> cases()
     auto ct = [](F& f) -> sim::ChatsworthSimulator& { return f.sim<sim::ChatsworthSimulator>(); };
     return {
         // --- OpScan
-        {Family::OpScan, "HangUpInMidPage",
-         [=](F& f) {
-             f.start();
+        {Family::OpScan, "HangUpInMidPage", read([=](F& f) {
              op(f).addSheet(opscan(40, 1));
              op(f).stallNextSheetAfter(300);
              f.hangUpAfterReplies(300);
-             f.failingRead();
-         },
+         }),
          error(8020, "basNCS.ReadPageNCS"), true},
         {Family::OpScan, "GarbageInsteadOfAPage", // three stray values: 51 where 48 belong
-         [=](F& f) {
-             f.start();
-             op(f).feedRawOnce(std::string("\x7f\xfe#a!!a\r", 8));
-             f.failingRead();
-         },
+         read([=](F& f) { op(f).feedRawOnce(std::string("\x7f\xfe#a!!a\r", 8)); }),
          message("Invalid Number of Bytes",
                  "The scanner reported an invalid number of bytes on side 1\r\n\r\n"
                  "Invalid number of bytes: 51\r\nLine number: 0",
                  "basNCS.ReadPageNCS")},
-        {Family::OpScan, "NothingAfterTheStart",
-         [=](F& f) {
-             f.start();
-             f.failingRead();
-         },
+        {Family::OpScan, "NothingAfterTheStart", read([](F&) {}),
          message(noResponse, "There was no response from the scanner while scanning a page.",
                  "basNCS.ReadPageNCS")},
-        {Family::OpScan, "PageStopsInTheMiddle",
-         [=](F& f) {
-             f.start();
+        {Family::OpScan, "PageStopsInTheMiddle", read([=](F& f) {
              op(f).addSheet(opscan(20, 2));
              op(f).stallNextSheetAfter(100);
-             f.failingRead();
-         },
+         }),
          message(noResponse, "There was no response from the scanner while reading data.",
                  "basNCS.ReadPageNCS")},
-        {Family::OpScan, "StatusReplyCutShort",
-         [=](F& f) {
-             f.start();
+        {Family::OpScan, "StatusReplyCutShort", read([=](F& f) {
              op(f).addSheet(opscan(10, 3));
              op(f).stallAfter(sim::OpScanSimulator::encodeSheet(opscan(10, 3)).size() + 3);
-             f.failingRead();
-         },
+         }),
          message(noResponse, "There was no response from the scanner while checking status.",
                  "basNCS.CheckStatusNCS")},
-        {Family::OpScan, "RowsBeyondTheArrayEnd",
-         [=](F& f) {
-             f.start();
-             op(f).addSheet(opscan(170, 4));
-             f.failingRead();
-         },
+        {Family::OpScan, "RowsBeyondTheArrayEnd", read([=](F& f) { op(f).addSheet(opscan(170, 4)); }),
          error(9, "basNCS.ReadPageNCS")},
         // A babbling scanner once kept the drain before the first command going for ever.
-        {Family::OpScan, "LineThatNeverFallsQuiet",
-         [=](F& f) {
-             f.start();
-             f.scanner->babble("5");
-             f.failingRead();
-         },
-         any()},
+        {Family::OpScan, "LineThatNeverFallsQuiet", read([=](F& f) { f.scanner->babble("5"); }), any()},
         {Family::OpScan, "CancelWhileWaitingForAHandFedSheet",
          [=](F& f) {
              f.reader.Feeder(false);
@@ -363,22 +343,14 @@ std::vector<Case> cases()
          },
          quiet()},
         // --- ScanMark
-        {Family::ScanMark, "HangUpInMidTransfer",
-         [=](F& f) {
-             f.start();
+        {Family::ScanMark, "HangUpInMidTransfer", read([=](F& f) {
              sm(f).addSheet(scanmark(1));
              f.scanner->stallAfter(scanmarkStatus + 100);
              f.hangUpAfterReplies(scanmarkStatus + 100);
-             f.failingRead();
-         },
+         }),
          error(8020, "basScantron.ReadPageST"), true},
         // A state character that means nothing fails without a message.
-        {Family::ScanMark, "GarbageForTheStatus",
-         [=](F& f) {
-             f.start();
-             f.scanner->garble(scanmarkStatus, 1);
-             f.failingRead();
-         },
+        {Family::ScanMark, "GarbageForTheStatus", read([=](F& f) { f.scanner->garble(scanmarkStatus, 1); }),
          quiet()},
         {Family::ScanMark, "GarbageForTheResetAnswer",
          [=](F& f) {
@@ -391,31 +363,19 @@ std::vector<Case> cases()
              "An error occurred trying to reset the Scantron scanner.  Please power the scanner off and on "
              "and retry the operation.",
              "basScantron.ResetReaderST")},
-        {Family::ScanMark, "StallInTheMarks",
-         [=](F& f) {
-             f.start();
+        {Family::ScanMark, "StallInTheMarks", read([=](F& f) {
              sm(f).addSheet(scanmark(1));
              f.scanner->stallAfter(scanmarkStatus + 100);
-             f.failingRead();
-         },
+         }),
          message(
              "Read Error",
              "There was no response from the Scantron scanner. The scanner timed out waiting to receive the "
              "scanned data.",
              "basScantron.ReadPageST")},
-        {Family::ScanMark, "Silence",
-         [=](F& f) {
-             f.start();
-             f.scanner->setSilent(true);
-             f.failingRead();
-         },
+        {Family::ScanMark, "Silence", read([=](F& f) { f.scanner->setSilent(true); }),
          message("Initialize Error", scantronNoAnswer, "basScantron.CheckStatusST")},
         {Family::ScanMark, "StatusReplyCutShort",
-         [=](F& f) {
-             f.start();
-             f.scanner->stallAfter(scanmarkStatus - 1);
-             f.failingRead();
-         },
+         read([=](F& f) { f.scanner->stallAfter(scanmarkStatus - 1); }),
          message("Initialize Error", scantronNoAnswer, "basScantron.CheckStatusST")},
         // Forty rows more than the form holds before the CR: the form's rows are kept. The flood
         // starts with the last character of the last row, so the driver is still inside the side.
@@ -448,30 +408,22 @@ std::vector<Case> cases()
          },
          quiet()},
         {Family::ScanMark, "CancelAwaitingTheMarks", // the status query (6 bytes) and the read (10)
-         [=](F& f) {
-             f.start();
+         read([=](F& f) {
              sm(f).addSheet(scanmark(1));
              f.scanner->stallAfter(scanmarkStatus);
              f.cancelAfterSent(16);
-             f.failingRead();
-         },
+         }),
          quiet()},
         // --- PDI
         {Family::Pdi, "HangUpInMidSheet", // the status, the LF and 40 whole rows
-         [=](F& f) {
-             f.start();
+         read([=](F& f) {
              pd(f).addSheet(cards(40, pdiMark));
              f.scanner->stallAfter(pdiStatus + 81);
              f.hangUpAfterReplies(pdiStatus + 81);
-             f.failingRead();
-         },
+         }),
          error(8020, "basPeripheralDynamics.ReadPagePD"), true},
         {Family::Pdi, "GarbageForTheStatus", // its second character (1) reads as the back sensor
-         [=](F& f) {
-             f.start();
-             f.scanner->garble(pdiStatus, 1);
-             f.failingRead();
-         },
+         read([=](F& f) { f.scanner->garble(pdiStatus, 1); }),
          message(pdiStatus_,
                  "The PDI scanner reports a back sensor error.  Either a form is present or the scanner is "
                  "improperly closed.  Please clear any form from inside the scanner and try again.",
@@ -486,118 +438,57 @@ std::vector<Case> cases()
              "Threshold Initialization Error",
              "The PDI scanner returned an invalid threshold setting.  Please reset the scanner and retry.",
              "basPeripheralDynamics.SetRecThresholdPD")},
-        {Family::Pdi, "Silence",
-         [=](F& f) {
-             f.start();
-             f.scanner->setSilent(true);
-             f.failingRead();
-         },
+        {Family::Pdi, "Silence", read([=](F& f) { f.scanner->setSilent(true); }),
          message(
              pdiStatus_,
              "The PDI scanner did not respond to a STATUS request.  Make sure the scanner is connected and "
              "powered on.",
              "basPeripheralDynamics.CheckStatusPD")},
-        {Family::Pdi, "StatusReplyCutShort",
-         [=](F& f) {
-             f.start();
-             f.scanner->stallAfter(1);
-             f.failingRead();
-         },
+        {Family::Pdi, "StatusReplyCutShort", read([=](F& f) { f.scanner->stallAfter(1); }),
          error(5, "basPeripheralDynamics.CheckStatusPD")},
-        {Family::Pdi, "RowsBeyondTheArrayEnd",
-         [=](F& f) {
-             f.start();
-             pd(f).addSheet(cards(520, pdiMark));
-             f.failingRead();
-         },
+        {Family::Pdi, "RowsBeyondTheArrayEnd", read([=](F& f) { pd(f).addSheet(cards(520, pdiMark)); }),
          error(9, "basPeripheralDynamics.ReadPagePD")},
-        {Family::Pdi, "LineThatNeverFallsQuiet",
-         [=](F& f) {
-             f.start();
-             f.scanner->babble("@");
-             f.failingRead();
-         },
-         any()},
+        {Family::Pdi, "LineThatNeverFallsQuiet", read([=](F& f) { f.scanner->babble("@"); }), any()},
         // A stall in the sheet data is ended by the cancel, that wait's only bound.
-        {Family::Pdi, "CancelWhileASheetStalls",
-         [=](F& f) {
-             f.start();
+        {Family::Pdi, "CancelWhileASheetStalls", read([=](F& f) {
              pd(f).addSheet(cards(40, pdiMark));
              f.scanner->stallAfter(pdiStatus + 41);
              f.cancelAfterSent(2);
-             f.failingRead();
-         },
+         }),
          quiet()},
         {Family::Pdi, "CancelWhileASheetIsAwaited", // "Q" and "8", then nothing comes
-         [=](F& f) {
-             f.start();
-             f.cancelAfterSent(2);
-             f.failingRead();
-         },
-         quiet()},
+         read([=](F& f) { f.cancelAfterSent(2); }), quiet()},
         // --- EZData
         {Family::EZData, "HangUpInMidSheet", // the enable answer and ten bytes of the sheet
-         [=](F& f) {
-             f.start();
+         read([=](F& f) {
              ez(f).addSheet(cards(40));
              f.scanner->stallAfter(2 + 10);
              f.hangUpAfterReplies(12);
-             f.failingRead();
-         },
+         }),
          error(8020, ezAt), true},
-        {Family::EZData, "GarbageForTheEnableAnswer",
-         [=](F& f) {
-             f.start();
-             ez(f).overrideAnswer("E", "x#");
-             f.failingRead();
-         },
+        {Family::EZData, "GarbageForTheEnableAnswer", read([=](F& f) { ez(f).overrideAnswer("E", "x#"); }),
          message(ezTitle, ezEnable("ENABLE1)."), ezAt)},
-        {Family::EZData, "GarbageInTheSheet",
-         [=](F& f) {
-             f.start();
+        {Family::EZData, "GarbageInTheSheet", read([=](F& f) {
              ez(f).overrideAnswer("E", "G\r");
              f.scanner->whenSent(
                  f.scanner->sentCount() + 2, [p = f.scanner.get()] { p->inject("\x21\x60\x85"); }, 700ms);
-             f.failingRead();
-         },
+         }),
          message(ezTitle, ezEnable("ENABLE2): \x21\x60\x85"), ezAt)},
-        {Family::EZData, "Silence",
-         [=](F& f) {
-             f.start();
-             f.scanner->setSilent(true);
-             f.failingRead();
-         },
+        {Family::EZData, "Silence", read([=](F& f) { f.scanner->setSilent(true); }),
          message(ezTitle, ezEnable("ENABLE1)."), ezAt)},
-        {Family::EZData, "EnableAnswerCutShort",
-         [=](F& f) {
-             f.start();
-             ez(f).overrideAnswer("E", "G");
-             f.failingRead();
-         },
+        {Family::EZData, "EnableAnswerCutShort", read([=](F& f) { ez(f).overrideAnswer("E", "G"); }),
          message(ezTitle, ezEnable("ENABLE1)."), ezAt)},
-        {Family::EZData, "RowsBeyondTheArrayEnd",
-         [=](F& f) {
-             f.start();
-             ez(f).addSheet(cards(160));
-             f.failingRead();
-         },
+        {Family::EZData, "RowsBeyondTheArrayEnd", read([=](F& f) { ez(f).addSheet(cards(160)); }),
          error(9, ezAt)},
         {Family::EZData, "CancelWhileTheSheetIsAwaited", // only the cancel ends that wait
-         [=](F& f) {
-             f.start();
-             f.cancelAfterSent(enable.size());
-             f.failingRead();
-         },
-         quiet()},
+         read([=](F& f) { f.cancelAfterSent(enable.size()); }), quiet()},
         // --- Chatsworth
         {Family::Chatsworth, "HangUpInMidCard", // the enable answer and ten bytes of the card
-         [=](F& f) {
-             f.start();
+         read([=](F& f) {
              ct(f).addSheet(cards(40));
              f.scanner->stallAfter(2 + 10);
              f.hangUpAfterReplies(12);
-             f.failingRead();
-         },
+         }),
          error(8020, ctAt), true},
         {Family::Chatsworth, "JamInMidCardIsToldByTheStatus",
          [=](F& f) {
@@ -610,21 +501,16 @@ std::vector<Case> cases()
          message(ctTitle, "Chatsworth Scanner - The scanner reports a jam.  Clear the transport and retry.",
                  ctAt)},
         {Family::Chatsworth, "SilentInMidCard", // the enable answer and nine rows
-         [=](F& f) {
-             f.start();
+         read([=](F& f) {
              ct(f).addSheet(cards(40));
              f.scanner->stallAfter(2 + 2 * 9);
-             f.failingRead();
-         },
+         }),
          message(ctTitle, "Chatsworth Scanner - No answer from the scanner to the status command.", ctAt)},
-        {Family::Chatsworth, "CardThatStopsWithoutAJam",
-         [=](F& f) {
-             f.start();
+        {Family::Chatsworth, "CardThatStopsWithoutAJam", read([=](F& f) {
              f.scanner->whenSent(
                  f.scanner->sentCount() + 2, [p = f.scanner.get()] { p->inject(std::string(19, '!')); },
                  50ms);
-             f.failingRead();
-         },
+         }),
          message(ctTitle, "Chatsworth Scanner - The card data stopped after row 9.", ctAt)},
         {Family::Chatsworth, "PowerCycleLosesTheConversion",
          [=](F& f) {
