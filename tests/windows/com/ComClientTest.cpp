@@ -317,6 +317,49 @@ public:
     }
 };
 
+TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
+{
+    Ptr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, reader->QueryInterface(IID_IConnectionPointContainer,
+                                           reinterpret_cast<void**>(container.put())));
+    Ptr<IConnectionPoint> found;
+    ASSERT_EQ(S_OK, container->FindConnectionPoint(DIID___clsZEBReader, found.put()));
+    Ptr<IEnumConnectionPoints> points;
+    ASSERT_EQ(S_OK, container->EnumConnectionPoints(points.put()));
+    IConnectionPoint* got[2] = {};
+    ULONG fetched = 9;
+    EXPECT_EQ(E_POINTER, points->Next(2, got, nullptr)) << "a count above one needs the fetched count";
+    ASSERT_EQ(S_FALSE, points->Next(2, got, &fetched)) << "the one event interface";
+    ASSERT_EQ(1u, fetched);
+    EXPECT_EQ(found.p, got[0]);
+    IID iid{};
+    got[0]->GetConnectionInterface(&iid);
+    EXPECT_EQ(DIID___clsZEBReader, iid);
+    got[0]->Release();
+    EXPECT_EQ(S_FALSE, points->Next(1, got, &fetched));
+    EXPECT_EQ(0u, fetched);
+    EXPECT_EQ(S_OK, points->Reset());
+    Ptr<IEnumConnectionPoints> clone;
+    ASSERT_EQ(S_OK, points->Clone(clone.put()));
+    EXPECT_EQ(S_OK, points->Skip(1));
+    EXPECT_EQ(S_FALSE, points->Skip(1));
+    ASSERT_EQ(S_OK, clone->Next(1, got, nullptr)) << "a clone keeps its own place";
+    got[0]->Release();
+
+    Sink sink;
+    DWORD cookie = 0;
+    ASSERT_EQ(S_OK, found->Advise(&sink, &cookie));
+    Ptr<IEnumConnections> connections;
+    ASSERT_EQ(S_OK, found->EnumConnections(connections.put()));
+    EXPECT_EQ(S_OK, found->Unadvise(cookie)) << "the enumeration is a snapshot";
+    CONNECTDATA data[2] = {};
+    ASSERT_EQ(S_FALSE, connections->Next(2, data, &fetched));
+    ASSERT_EQ(1u, fetched);
+    EXPECT_EQ(cookie, data[0].dwCookie);
+    EXPECT_EQ(static_cast<IUnknown*>(&sink), data[0].pUnk);
+    data[0].pUnk->Release();
+}
+
 TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
 {
     const int port = envNumber("ZEBREADER_TEST_PORT"), model = envNumber("ZEBREADER_TEST_MODEL");
