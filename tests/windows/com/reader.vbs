@@ -169,6 +169,8 @@ r.CancelScan = True
 Check Not r.ReadPage(), "ReadPage with CancelScan set"
 Check h.Starts = 1 And h.Sheets = 0, "BeforeSheet only"
 n = 7
+' No such port in the prefix (COM1 may be a real line that holds the batch for its time-out).
+r.Port = 99
 r.CancelScan = True
 r.ReadBatch False, 0, n
 Check n = 7, "no sheet counted when the batch reads nothing"
