@@ -58,10 +58,10 @@ End Class
 
 ' "rows x columns : marked cells" of a side array, "-" for none (an array never dimensioned).
 Function Shape(side)
-    Dim row, col, marked, rows
+    Dim row, col, marked, probe
     Shape = "-"
     On Error Resume Next
-    rows = UBound(side, 2)
+    probe = UBound(side, 2)
     If Err.Number <> 0 Then Exit Function
     On Error GoTo 0
     marked = 0
@@ -195,7 +195,7 @@ If port > 0 And model > 0 Then
     ' The form of the simulator's sample sheets: 12-column cards for the narrow scanners,
     ' 40-column sheets, the second one duplex, for the others. ScanMark sizes its arrays by the
     ' form, the others by their page: the arrays hold at least the form.
-    Dim cards, rows1, cols1, shapes, sides, last
+    Dim cards, rows1, cols1, shapes, sides
     cards = (model = 23 Or model = 24 Or model = 37)
     If cards Then rows1 = 37 Else rows1 = 53
     If cards Then cols1 = 12 Else cols1 = 40
