@@ -1,5 +1,6 @@
 #include "automation/Connections.h"
 
+#include "automation/ComBase.h"
 #include "automation/Convert.h"
 #include "automation/HostObjects.h"
 
@@ -71,11 +72,126 @@ HRESULT Connections::Unadvise(DWORD cookie)
     return S_OK;
 }
 
+namespace {
+
+// How an enumerator hands out its items: each copy holds a reference of its own.
+IConnectionPoint* copied(IConnectionPoint* point)
+{
+    point->AddRef();
+    return point;
+}
+CONNECTDATA copied(const CONNECTDATA& data)
+{
+    data.pUnk->AddRef();
+    return data;
+}
+void release(IConnectionPoint* point) { point->Release(); }
+void release(const CONNECTDATA& data) { data.pUnk->Release(); }
+
+// IEnumConnectionPoints or IEnumConnections over a snapshot taken when it was made.
+template <class Itf, class Item> class Enumerator final : public Itf {
+public:
+    explicit Enumerator(std::vector<Item> items, std::size_t at = 0) : items_(std::move(items)), at_(at)
+    {
+        moduleAddRef();
+    }
+    ~Enumerator()
+    {
+        for (auto& item : items_)
+            release(item);
+        moduleRelease();
+    }
+    Enumerator(const Enumerator&) = delete;
+    Enumerator& operator=(const Enumerator&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
+    {
+        if (!out)
+            return E_POINTER;
+        *out = nullptr;
+        if (riid != IID_IUnknown && riid != __uuidof(Itf))
+            return E_NOINTERFACE;
+        *out = static_cast<Itf*>(this);
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const LONG left = InterlockedDecrement(&refs_);
+        if (left == 0)
+            delete this;
+        return static_cast<ULONG>(left);
+    }
+    HRESULT STDMETHODCALLTYPE Next(ULONG count, Item* out, ULONG* fetched) override
+    {
+        if (!out || (count > 1 && !fetched))
+            return E_POINTER;
+        ULONG n = 0;
+        for (; n < count && at_ < items_.size(); ++n)
+            out[n] = copied(items_[at_++]);
+        if (fetched)
+            *fetched = n;
+        return n == count ? S_OK : S_FALSE;
+    }
+    HRESULT STDMETHODCALLTYPE Skip(ULONG count) override
+    {
+        const std::size_t left = items_.size() - at_;
+        at_ += std::min<std::size_t>(count, left);
+        return count <= left ? S_OK : S_FALSE;
+    }
+    HRESULT STDMETHODCALLTYPE Reset() override
+    {
+        at_ = 0;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Clone(Itf** out) override
+    {
+        if (!out)
+            return E_POINTER;
+        *out = nullptr;
+        return make(items_, at_, out);
+    }
+
+    static HRESULT make(const std::vector<Item>& items, std::size_t at, Itf** out) noexcept
+    {
+        try {
+            std::unique_ptr<Enumerator> made(new Enumerator({}, at));
+            made->items_.reserve(items.size());
+            for (const auto& item : items)
+                made->items_.push_back(copied(item));
+            *out = made.release();
+            return S_OK;
+        } catch (...) {
+            return E_OUTOFMEMORY;
+        }
+    }
+
+private:
+    std::vector<Item> items_;
+    std::size_t at_;
+    LONG refs_ = 1;
+};
+
+} // namespace
+
 HRESULT Connections::EnumConnections(IEnumConnections** out)
 {
-    if (out)
-        *out = nullptr;
-    return E_NOTIMPL;
+    if (!out)
+        return E_POINTER;
+    *out = nullptr;
+    std::vector<CONNECTDATA> connected;
+    for (const auto& s : sinks_)
+        connected.push_back({s.sink, s.cookie});
+    return Enumerator<IEnumConnections, CONNECTDATA>::make(connected, 0, out);
+}
+
+HRESULT enumConnectionPoints(IConnectionPoint* point, IEnumConnectionPoints** out)
+{
+    if (!out)
+        return E_POINTER;
+    *out = nullptr;
+    return Enumerator<IEnumConnectionPoints, IConnectionPoint*>::make({point}, 0, out);
 }
 
 void Connections::clear()

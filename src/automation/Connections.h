@@ -47,6 +47,9 @@ private:
     DWORD nextCookie_ = 1;
 };
 
+/// An enumerator over the one connection point of a container.
+HRESULT enumConnectionPoints(IConnectionPoint* point, IEnumConnectionPoints** out);
+
 /// The core's event sink that raises the events through `connections`.
 std::shared_ptr<ReaderEvents> makeEventBridge(Connections& connections);
 

@@ -69,9 +69,7 @@ public:
     // IConnectionPointContainer
     HRESULT STDMETHODCALLTYPE EnumConnectionPoints(IEnumConnectionPoints** out) override
     {
-        if (out)
-            *out = nullptr;
-        return E_NOTIMPL;
+        return enumConnectionPoints(&connections_, out);
     }
     HRESULT STDMETHODCALLTYPE FindConnectionPoint(REFIID riid, IConnectionPoint** out) override
     {

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -211,13 +212,60 @@ TEST_F(Client, RaisedErrorsCarryErrorInfo)
     VariantClear(&key);
 }
 
+// Rows, columns and marked cells of a side array (all zero for none).
+struct Shape {
+    LONG rows = 0, cols = 0;
+    int marked = 0;
+};
+
+Shape shapeOf(SAFEARRAY* side)
+{
+    Shape s;
+    if (!side || SafeArrayGetDim(side) != 2)
+        return s;
+    SafeArrayGetUBound(side, 1, &s.rows);
+    SafeArrayGetUBound(side, 2, &s.cols);
+    short* cells = nullptr;
+    if (SUCCEEDED(SafeArrayAccessData(side, reinterpret_cast<void**>(&cells)))) {
+        for (ULONG i = 0; i < side->rgsabound[0].cElements * side->rgsabound[1].cElements; ++i)
+            s.marked += cells[i] > 0;
+        SafeArrayUnaccessData(side);
+    }
+    return s;
+}
+
+std::wstring joined(SAFEARRAY* texts)
+{
+    std::wstring all;
+    LONG lower = 0, upper = -1;
+    if (!texts || FAILED(SafeArrayGetLBound(texts, 1, &lower)) ||
+        FAILED(SafeArrayGetUBound(texts, 1, &upper)))
+        return all;
+    for (LONG i = lower; i <= upper; ++i) {
+        BSTR text = nullptr;
+        SafeArrayGetElement(texts, &i, &text);
+        all += (i > lower ? L"," : L"") + ::text(text);
+    }
+    return all;
+}
+
+SAFEARRAY* geometry(short count)
+{
+    SAFEARRAYBOUND bound{2, 0};
+    SAFEARRAY* a = SafeArrayCreate(VT_I2, 1, &bound);
+    LONG at = 1;
+    SafeArrayPutElement(a, &at, &count);
+    return a;
+}
+
 // Counts the events and answers through their by-reference arguments.
 class Sink final : public IDispatch {
 public:
     _clsZEBReader* reader = nullptr;
-    int starts = 0, sheets = 0, ends = 0;
-    UINT sideDims = 0;
-    bool arraysTyped = false;
+    int starts = 0, ends = 0;
+    std::vector<Shape> side1, side2;
+    std::wstring barcodes;
+    bool arraysTyped = true;
 
     HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
     {
@@ -247,12 +295,14 @@ public:
         switch (id) {
         case 1: ++starts; break;
         case 2:
-            ++sheets;
-            arraysTyped = V_VT(&p->rgvarg[3]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
+            arraysTyped = arraysTyped && V_VT(&p->rgvarg[3]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
+                          V_VT(&p->rgvarg[2]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
                           V_VT(&p->rgvarg[1]) == (VT_BYREF | VT_ARRAY | VT_BSTR) &&
                           V_VT(&p->rgvarg[0]) == (VT_BYREF | VT_BOOL);
-            sideDims = *V_ARRAYREF(&p->rgvarg[3]) ? SafeArrayGetDim(*V_ARRAYREF(&p->rgvarg[3])) : 0;
-            if (sheets == 1) {
+            side1.push_back(shapeOf(*V_ARRAYREF(&p->rgvarg[3])));
+            side2.push_back(shapeOf(*V_ARRAYREF(&p->rgvarg[2])));
+            barcodes += joined(*V_ARRAYREF(&p->rgvarg[1])) + L";";
+            if (side1.size() == 1) {
                 reader->RejectPage();
                 *V_BOOLREF(&p->rgvarg[0]) = VARIANT_TRUE;
             }
@@ -266,6 +316,49 @@ public:
         return S_OK;
     }
 };
+
+TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
+{
+    Ptr<IConnectionPointContainer> container;
+    ASSERT_EQ(S_OK, reader->QueryInterface(IID_IConnectionPointContainer,
+                                           reinterpret_cast<void**>(container.put())));
+    Ptr<IConnectionPoint> found;
+    ASSERT_EQ(S_OK, container->FindConnectionPoint(DIID___clsZEBReader, found.put()));
+    Ptr<IEnumConnectionPoints> points;
+    ASSERT_EQ(S_OK, container->EnumConnectionPoints(points.put()));
+    IConnectionPoint* got[2] = {};
+    ULONG fetched = 9;
+    EXPECT_EQ(E_POINTER, points->Next(2, got, nullptr)) << "a count above one needs the fetched count";
+    ASSERT_EQ(S_FALSE, points->Next(2, got, &fetched)) << "the one event interface";
+    ASSERT_EQ(1u, fetched);
+    EXPECT_EQ(found.p, got[0]);
+    IID iid{};
+    got[0]->GetConnectionInterface(&iid);
+    EXPECT_EQ(DIID___clsZEBReader, iid);
+    got[0]->Release();
+    EXPECT_EQ(S_FALSE, points->Next(1, got, &fetched));
+    EXPECT_EQ(0u, fetched);
+    EXPECT_EQ(S_OK, points->Reset());
+    Ptr<IEnumConnectionPoints> clone;
+    ASSERT_EQ(S_OK, points->Clone(clone.put()));
+    EXPECT_EQ(S_OK, points->Skip(1));
+    EXPECT_EQ(S_FALSE, points->Skip(1));
+    ASSERT_EQ(S_OK, clone->Next(1, got, nullptr)) << "a clone keeps its own place";
+    got[0]->Release();
+
+    Sink sink;
+    DWORD cookie = 0;
+    ASSERT_EQ(S_OK, found->Advise(&sink, &cookie));
+    Ptr<IEnumConnections> connections;
+    ASSERT_EQ(S_OK, found->EnumConnections(connections.put()));
+    EXPECT_EQ(S_OK, found->Unadvise(cookie)) << "the enumeration is a snapshot";
+    CONNECTDATA data[2] = {};
+    ASSERT_EQ(S_FALSE, connections->Next(2, data, &fetched));
+    ASSERT_EQ(1u, fetched);
+    EXPECT_EQ(cookie, data[0].dwCookie);
+    EXPECT_EQ(static_cast<IUnknown*>(&sink), data[0].pUnk);
+    data[0].pUnk->Release();
+}
 
 TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
 {
@@ -290,6 +383,24 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
 
     VARIANT_BOOL ok = VARIANT_FALSE;
     ASSERT_EQ(S_OK, reader->LoadDefaults(static_cast<zebReaderType>(model), &ok));
+    // The form of the simulator's sample sheets: 12-column cards for the narrow scanners,
+    // 40-column sheets, the second one duplex, for the others. ScanMark sizes its arrays by
+    // the form, the others by their page: the arrays hold at least the form.
+    const bool cards = model == 23 || model == 24 || model == 37;
+    const short rows1 = cards ? 37 : 53, cols1 = cards ? 12 : 40;
+    using Put = HRESULT (STDMETHODCALLTYPE _clsZEBReader::*)(SAFEARRAY**);
+    std::vector<std::pair<Put, short>> form{{&_clsZEBReader::put_Side1Rows, rows1},
+                                            {&_clsZEBReader::put_Side1Cols, cols1}};
+    if (!cards)
+        form.insert(form.end(), {{&_clsZEBReader::put_Side2Rows, 20}, {&_clsZEBReader::put_Side2Cols, 40}});
+    for (auto [put, size] : form) {
+        SAFEARRAY* a = geometry(size);
+        EXPECT_EQ(S_OK, (reader.p->*put)(&a));
+        SafeArrayDestroy(a);
+    }
+    reader->put_Duplex(cards ? VARIANT_FALSE : VARIANT_TRUE);
+    reader->put_DuplexForm(cards ? VARIANT_FALSE : VARIANT_TRUE);
+    reader->put_Barcode(VARIANT_TRUE);
     // A pseudo-terminal carries eight bits without parity and has no handshake lines.
     reader->put_DataBits(zebReaderDataBits8);
     BSTR none = SysAllocString(L"N");
@@ -304,18 +415,33 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
     ASSERT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, -1, &count, &ok));
     EXPECT_EQ(VARIANT_TRUE, ok);
     EXPECT_EQ(2, count);
-    EXPECT_EQ(2, sink.sheets);
     EXPECT_EQ(2, sink.starts);
+    EXPECT_EQ(2, sink.ends);
+    ASSERT_EQ(2u, sink.side1.size());
     EXPECT_TRUE(sink.arraysTyped);
-    EXPECT_EQ(2u, sink.sideDims);
+    for (const Shape& s : sink.side1) {
+        EXPECT_GE(s.rows, rows1);
+        EXPECT_GE(s.cols, cols1);
+        EXPECT_GT(s.marked, 50);
+    }
+    if (cards) {
+        EXPECT_EQ(0, sink.side2[1].rows) << "no side 2 on a card";
+    } else {
+        EXPECT_GE(sink.side2[1].rows, 20);
+        EXPECT_GE(sink.side2[1].cols, 40);
+        EXPECT_EQ(20, sink.side2[1].marked) << "the survey on side 2 of the duplex sheet";
+    }
+    // Only OpScan passes the sheets' barcodes on; the others leave one empty element.
+    EXPECT_EQ(model == 2 ? L"0012345;0012346;" : L";;", sink.barcodes);
     VARIANT_BOOL cancel = VARIANT_FALSE;
     reader->get_CancelScan(&cancel);
     EXPECT_EQ(VARIANT_TRUE, cancel);
     SAFEARRAY* side = nullptr;
     ASSERT_EQ(S_OK, reader->get_Side1Array(&side));
-    ASSERT_NE(nullptr, side);
-    EXPECT_EQ(2u, SafeArrayGetDim(side));
+    const Shape last = shapeOf(side);
     SafeArrayDestroy(side);
+    EXPECT_EQ(sink.side1[1].rows, last.rows) << "Side1Array holds the last sheet";
+    EXPECT_EQ(sink.side1[1].marked, last.marked);
 }
 
 } // namespace

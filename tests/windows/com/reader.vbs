@@ -33,7 +33,8 @@ Class Handlers
     Public Starts
     Public Sheets
     Public Ends
-    Public Rows
+    Public Shapes
+    Public Rejects
     Public Barcodes
     Public CancelAt
     Public Sub BeforeSheet(bInitializePrinter)
@@ -41,11 +42,12 @@ Class Handlers
     End Sub
     Public Sub ReadSheet(iSide1Array, iSide2Array, sBarcodeArray, bReject)
         Sheets = Sheets + 1
-        Rows = Rows & UBound(iSide1Array, 1) & "x" & UBound(iSide1Array, 2) & " "
-        Barcodes = Barcodes & Join(sBarcodeArray, ",") & ";"
+        Shapes = Shapes & Shape(iSide1Array) & "/" & Shape(iSide2Array) & " "
+        Barcodes = Barcodes & Joined(sBarcodeArray) & ";"
         If Sheets = 1 Then
             Reader.RejectPage
             bReject = True
+            Rejects = Rejects + 1
         End If
     End Sub
     Public Sub AfterSheet(bCancelScan)
@@ -53,6 +55,47 @@ Class Handlers
         If Ends = CancelAt Then bCancelScan = True
     End Sub
 End Class
+
+' "rows x columns : marked cells" of a side array, "-" for none (an array never dimensioned).
+Function Shape(side)
+    Dim row, col, marked, probe
+    Shape = "-"
+    On Error Resume Next
+    probe = UBound(side, 2)
+    If Err.Number <> 0 Then Exit Function
+    On Error GoTo 0
+    marked = 0
+    For row = LBound(side, 1) To UBound(side, 1)
+        For col = LBound(side, 2) To UBound(side, 2)
+            If side(row, col) > 0 Then marked = marked + 1
+        Next
+    Next
+    Shape = UBound(side, 1) & "x" & UBound(side, 2) & ":" & marked
+End Function
+
+' The elements with commas between: Wine's VBScript has no Join, and a handler's error ends
+' the handler silently.
+Function Joined(items)
+    Dim item
+    For Each item In items
+        If Not IsEmpty(Joined) Then Joined = Joined & ","
+        Joined = Joined & item
+    Next
+End Function
+
+' The marked cells a shape counts.
+Function Marked(text)
+    Marked = CInt(Mid(text, InStr(text, ":") + 1))
+End Function
+
+' Whether a shape has at least the rows and columns given and more marked cells than given.
+Function Covers(text, rows, cols, marks)
+    Dim size
+    Covers = False
+    If text = "-" Then Exit Function
+    size = Split(Left(text, InStr(text, ":") - 1), "x")
+    Covers = CInt(size(0)) >= rows And CInt(size(1)) >= cols And Marked(text) > marks
+End Function
 
 Function EnvNumber(name)
     Dim text
@@ -120,12 +163,14 @@ h.Starts = 0
 h.Sheets = 0
 h.Ends = 0
 h.CancelAt = 2
-h.Barcodes = ""
+h.Shapes = ""
 sink.Connect r, h
 r.CancelScan = True
 Check Not r.ReadPage(), "ReadPage with CancelScan set"
 Check h.Starts = 1 And h.Sheets = 0, "BeforeSheet only"
 n = 7
+' No such port in the prefix (COM1 may be a real line that holds the batch for its time-out).
+r.Port = 99
 r.CancelScan = True
 r.ReadBatch False, 0, n
 Check n = 7, "no sheet counted when the batch reads nothing"
@@ -139,10 +184,30 @@ If port > 0 And model > 0 Then
     Set r = CreateObject("ZEBReader81.clsZEBReader")
     Set h.Reader = r
     h.Starts = 0
+    h.Sheets = 0
+    h.Ends = 0
+    h.Barcodes = ""
+    h.Rejects = 0
     sink.Connect r, h
     host.Reports = 0
     r.SetError host
     Check r.LoadDefaults(model), "LoadDefaults of the simulated model"
+    ' The form of the simulator's sample sheets: 12-column cards for the narrow scanners,
+    ' 40-column sheets, the second one duplex, for the others. ScanMark sizes its arrays by the
+    ' form, the others by their page: the arrays hold at least the form.
+    Dim cards, rows1, cols1, shapes, sides
+    cards = (model = 23 Or model = 24 Or model = 37)
+    If cards Then rows1 = 37 Else rows1 = 53
+    If cards Then cols1 = 12 Else cols1 = 40
+    r.Side1Rows = Array(0, rows1)
+    r.Side1Cols = Array(0, cols1)
+    If Not cards Then
+        r.Side2Rows = Array(0, 20)
+        r.Side2Cols = Array(0, 40)
+    End If
+    r.Duplex = Not cards
+    r.DuplexForm = Not cards
+    r.Barcode = True
     ' A pseudo-terminal carries eight bits without parity and has no handshake lines.
     r.DataBits = 8
     r.Parity = "N"
@@ -154,9 +219,26 @@ If port > 0 And model > 0 Then
     r.CancelScan = False
     n = 0
     Check r.ReadBatch(False, -1, n), "ReadBatch against the simulator"
-    Check n = 2 And h.Sheets = 2 And h.Ends = 2, "AfterSheet's cancel stops the batch after two sheets"
-    Check Left(h.Rows, 2) <> "0x", "the side array has rows (" & h.Rows & ")"
-    Check InStr(h.Barcodes, "0012345") > 0 Or Not r.Barcode, "the first sheet's barcode"
+    Check n = 2 And h.Starts = 2 And h.Sheets = 2 And h.Ends = 2, "AfterSheet's cancel stops the batch after two sheets"
+    Check h.Rejects = 1, "ReadSheet ran to its end and rejected the first sheet"
+    ' Wine's VBScript cannot index a call's result: every Split goes to a variable first.
+    shapes = Split(Trim(h.Shapes), " ")
+    Check UBound(shapes) = 1, "two sheets' arrays (" & h.Shapes & ")"
+    If UBound(shapes) = 1 Then
+        For Each s In shapes
+            sides = Split(s, "/")
+            Check Covers(sides(0), rows1, cols1, 50), "side 1 holds the form and its marks (" & s & ")"
+        Next
+        If cards Then
+            Check sides(1) = "-", "no side 2 on a card (" & shapes(1) & ")"
+        Else
+            Check Covers(sides(1), 20, 40, 19) And Marked(sides(1)) = 20, "side 2 of the duplex sheet (" & shapes(1) & ")"
+        End If
+    End If
+    ' Only OpScan passes the sheets' barcodes on; the others leave one empty element.
+    If model = 2 Then s = "0012345;0012346;" Else s = ";;"
+    Check h.Barcodes = s, "the sheets' barcodes (" & h.Barcodes & ")"
+    Check Covers(Shape(sink.VariantArray(r.Side1Array)), rows1, cols1, 50), "Side1Array holds the last sheet"
     Check r.CancelScan, "CancelScan stays set after the batch"
     Check host.Reports = 0, "no error reported during the batch (last: " & host.Location & ")"
 End If
