@@ -7,32 +7,21 @@
 namespace zebreader81::test {
 namespace {
 
-TEST(Imprinter, EnabledIsForcedOrIgnoredByModel)
+TEST(Imprinter, EnabledIsForcedOrIgnoredByModelAndActiveFollowsIt)
 {
     clsZEBReaderPrinter p;
-    p.SetType(1);
-    p.Enabled(true);
-    p.Active(true);
-    EXPECT_FALSE(p.Enabled());
-    EXPECT_FALSE(p.Active());
-    p.SetType(2);
-    p.Enabled(true);
-    EXPECT_TRUE(p.Enabled());
-    p.SetType(24); // no rule: assignment ignored
-    p.Enabled(false);
-    EXPECT_TRUE(p.Enabled());
-    p.SetType(37);
-    p.Enabled(true);
-    EXPECT_FALSE(p.Enabled());
-}
-
-TEST(Imprinter, ActiveFollowsEnabledBothWays)
-{
-    clsZEBReaderPrinter p;
-    p.SetType(3);
-    p.Enabled(true);
-    p.Active(true);
-    EXPECT_TRUE(p.Active());
+    // One imprinter retyped in turn: model, value assigned, value read back.
+    for (auto [type, assigned, read] : {std::tuple{1, true, false},
+                                        {2, true, true},
+                                        {24, false, true}, // no rule
+                                        {37, true, false},
+                                        {3, true, true}}) {
+        p.SetType(type);
+        p.Enabled(assigned);
+        p.Active(true);
+        EXPECT_EQ(p.Enabled(), read) << type;
+        EXPECT_EQ(p.Active(), read) << type;
+    }
     p.Enabled(false);
     EXPECT_FALSE(p.Active());
 }
