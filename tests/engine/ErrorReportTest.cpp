@@ -7,23 +7,15 @@
 namespace zebreader81::test {
 namespace {
 
-struct MessageBoxCapture {
-    MessageBoxCapture()
-    {
-        SetMessageBoxHook([this](const std::string& t, const std::string& ti, int32_t s) {
-            text = t;
-            title = ti;
-            style = s;
-        });
-    }
-    ~MessageBoxCapture() { SetMessageBoxHook(nullptr); }
-    std::string text, title;
-    int32_t style = 0;
-};
-
 TEST(ReportError, WithoutAHostAMessageBoxShowsTheTextWithoutTheComponentNameAndWithTheLine)
 {
-    MessageBoxCapture box;
+    struct {
+        std::string text, title;
+        int32_t style = 0;
+    } box;
+    SetMessageBoxHook([&](const std::string& text, const std::string& title, int32_t style) {
+        box = {text, title, style};
+    });
     clsZEBReader reader;
     EXPECT_TRUE(reader.SetError(std::make_shared<RecordingHost>()));
     EXPECT_FALSE(reader.SetError(nullptr)); // Nothing brings the message box back
@@ -34,6 +26,7 @@ TEST(ReportError, WithoutAHostAMessageBoxShowsTheTextWithoutTheComponentNameAndW
     EXPECT_EQ(box.style, 48);
     basError::ReportError(12, 9, 0, "Subscript out of range", "ZEBReader81 - basNCS.ReadPageNCS");
     EXPECT_EQ(box.text, "Error# 9: Subscript out of range, Location: basNCS.ReadPageNCS; Line: 12");
+    SetMessageBoxHook(nullptr);
 }
 
 TEST(ReportError, ForwardsToTheHostAndRestoresSilent)
