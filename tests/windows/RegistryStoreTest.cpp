@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpers)
+TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpersAndRefusesWhatItShould)
 {
     for (const auto& c : writableRoots) {
         SCOPED_TRACE(c.subKey);
@@ -60,10 +60,8 @@ TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpers)
         EXPECT_STREQ(keyClass, "1");
         RegCloseKey(key);
     }
-}
 
-TEST_F(RegistryStore, PerformanceDataAndKeysOpenedForReadingRefuseWrites)
-{
+    // Performance data holds no keys; a key opened for reading refuses writes.
     constexpr auto performance = zebReaderRegistryKeyPerformanceData;
     EXPECT_EQ(registry::LoadValue(performance, "Software\\ZEBReader81Test", "TimeOut", "10"), "10");
     EXPECT_FALSE(registry::SaveValue(performance, "Software\\ZEBReader81Test", "TimeOut", "1"));
