@@ -7,33 +7,26 @@
 namespace zebreader81::test {
 namespace {
 
-struct MessageBoxCapture {
-    MessageBoxCapture()
-    {
-        SetMessageBoxHook([this](const std::string& t, const std::string& ti, int32_t s) {
-            text = t;
-            title = ti;
-            style = s;
-        });
-    }
-    ~MessageBoxCapture() { SetMessageBoxHook(nullptr); }
-    std::string text, title;
-    int32_t style = 0;
-};
-
-TEST(ReportError, MessageBoxTextStripsTheComponentNameAndAddsTheLine)
+TEST(ReportError, WithoutAHostAMessageBoxShowsTheTextWithoutTheComponentNameAndWithTheLine)
 {
-    MessageBoxCapture box;
+    struct {
+        std::string text, title;
+        int32_t style = 0;
+    } box;
+    SetMessageBoxHook([&](const std::string& text, const std::string& title, int32_t style) {
+        box = {text, title, style};
+    });
+    clsZEBReader reader;
+    EXPECT_TRUE(reader.SetError(std::make_shared<RecordingHost>()));
+    EXPECT_FALSE(reader.SetError(nullptr)); // Nothing brings the message box back
     basError::ReportError(0, 5, 0, "Invalid procedure call or argument",
                           "ZEBReader81 - clsZEBReader.ReadPage", "ignored title");
     EXPECT_EQ(box.text, "Error# 5: Invalid procedure call or argument, Location: clsZEBReader.ReadPage");
     EXPECT_EQ(box.title, "Application Error");
     EXPECT_EQ(box.style, 48);
-
-    basError::ReportError(12, 5, 0, "Invalid procedure call or argument",
-                          "ZEBReader81 - clsZEBReader.ReadPage");
-    EXPECT_EQ(box.text,
-              "Error# 5: Invalid procedure call or argument, Location: clsZEBReader.ReadPage; Line: 12");
+    basError::ReportError(12, 9, 0, "Subscript out of range", "ZEBReader81 - basNCS.ReadPageNCS");
+    EXPECT_EQ(box.text, "Error# 9: Subscript out of range, Location: basNCS.ReadPageNCS; Line: 12");
+    SetMessageBoxHook(nullptr);
 }
 
 TEST(ReportError, ForwardsToTheHostAndRestoresSilent)
@@ -50,16 +43,6 @@ TEST(ReportError, ForwardsToTheHostAndRestoresSilent)
     EXPECT_EQ(r.title, "Invalid Port Number");
     EXPECT_TRUE(r.silentDuringCall);
     EXPECT_FALSE(scope.host->silent) << "Silent passed for one report must not stay";
-}
-
-TEST(ReportError, SetErrorNothingBringsBackTheMessageBox)
-{
-    MessageBoxCapture box;
-    clsZEBReader reader;
-    EXPECT_TRUE(reader.SetError(std::make_shared<RecordingHost>()));
-    EXPECT_FALSE(reader.SetError(nullptr));
-    basError::ReportError(0, 9, 0, "Subscript out of range", "ZEBReader81 - basNCS.ReadPageNCS");
-    EXPECT_EQ(box.text, "Error# 9: Subscript out of range, Location: basNCS.ReadPageNCS");
 }
 
 TEST(ReportError, EachThreadKeepsItsOwnErrorObject)

@@ -7,80 +7,45 @@
 namespace zebreader81::test {
 namespace {
 
-TEST(Imprinter, EnabledIsForcedOrIgnoredByModel)
+TEST(Imprinter, EnabledIsForcedOrIgnoredByModelAndActiveFollowsIt)
 {
     clsZEBReaderPrinter p;
-    p.SetType(1);
-    p.Enabled(true);
-    p.Active(true);
-    EXPECT_FALSE(p.Enabled());
-    EXPECT_FALSE(p.Active());
-    p.SetType(2);
-    p.Enabled(true);
-    EXPECT_TRUE(p.Enabled());
-    p.SetType(24); // no rule: assignment ignored
-    p.Enabled(false);
-    EXPECT_TRUE(p.Enabled());
-    p.SetType(37);
-    p.Enabled(true);
-    EXPECT_FALSE(p.Enabled());
-}
-
-TEST(Imprinter, ActiveFollowsEnabledBothWays)
-{
-    clsZEBReaderPrinter p;
-    p.SetType(3);
-    p.Enabled(true);
-    p.Active(true);
-    EXPECT_TRUE(p.Active());
+    // One imprinter retyped in turn: model, value assigned, value read back.
+    for (auto [type, assigned, read] : {std::tuple{1, true, false},
+                                        {2, true, true},
+                                        {24, false, true}, // no rule
+                                        {37, true, false},
+                                        {3, true, true}}) {
+        p.SetType(type);
+        p.Enabled(assigned);
+        p.Active(true);
+        EXPECT_EQ(p.Enabled(), read) << type;
+        EXPECT_EQ(p.Active(), read) << type;
+    }
     p.Enabled(false);
     EXPECT_FALSE(p.Active());
 }
 
-TEST(Imprinter, DistanceResetAndBufferCountsByModel)
-{
-    clsZEBReaderPrinter p;
-    for (int32_t t : {7, 10, 30, 33, 34, 36}) {
-        p.Distance(3);
-        p.SetType(t);
-        EXPECT_EQ(p.Distance(), 245) << t;
-        EXPECT_EQ(p.BufferCount(), 3) << t;
-    }
-    for (int32_t t : {2, 6, 11, 17, 25, 29, 31, 32}) {
-        p.SetType(t);
-        EXPECT_EQ(p.Distance(), 0) << t;
-        EXPECT_EQ(p.BufferCount(), 1) << t;
-    }
-    for (int32_t t : {0, 1, 18, 19, 24, 35, 38, 41}) {
-        p.SetType(t);
-        EXPECT_EQ(p.BufferCount(), 0) << t;
-    }
-}
-
-TEST(Imprinter, FilledBufferCountOnlyCountsBuffersTheModelHas)
-{
-    clsZEBReaderPrinter p;
-    p.SetType(2);
-    p.Buffer2("only the second");
-    EXPECT_EQ(p.FilledBufferCount(), 0);
-    p.Buffer1("x");
-    EXPECT_EQ(p.FilledBufferCount(), 1);
-    p.SetType(7);
-    p.Buffer3("z");
-    EXPECT_EQ(p.FilledBufferCount(), 3);
-}
-
-TEST(Imprinter, PositionsByModelAndMinusOneWhenDisabled)
+TEST(Imprinter, OneModelPerKindOfImprinter)
 {
     struct Row {
-        int32_t type, min, max, chars;
+        int32_t type, distance, buffers, filled, min, max, chars;
     };
-    for (Row r : {Row{2, 0, 24, 24}, Row{32, 0, 24, 24}, Row{5, 0, 40, 40}, Row{6, 10, 25, 25},
-                  Row{25, 0, 25, 25}, Row{26, 10, 54, 54}, Row{8, 10, 245, 41}, Row{36, 10, 245, 41},
-                  Row{12, 0, 135, 135}, Row{29, 0, 135, 135}}) {
+    // A three-line imprinter, a one-line one, none. Buffers 2 and 3 are filled, and 1 once typed.
+    for (Row r : {Row{7, 245, 3, 3, 10, 245, 41}, Row{2, 0, 1, 1, 0, 24, 24}, Row{24, 0, 0, 0, 0, 0, 0}}) {
         clsZEBReaderPrinter p;
+        p.Distance(3);
+        p.Buffer2("b");
+        p.Buffer3("c");
         p.SetType(r.type);
-        EXPECT_EQ(p.MaxPosition(), -1) << r.type;
+        EXPECT_EQ(p.Distance(), r.distance) << r.type;
+        EXPECT_EQ(p.BufferCount(), r.buffers) << r.type;
+        EXPECT_EQ(p.FilledBufferCount(), r.filled - (r.filled > 0)) << r.type;
+        p.Buffer1("a");
+        EXPECT_EQ(p.FilledBufferCount(), r.filled) << r.type;
+        EXPECT_EQ(p.MaxPosition(), -1) << "disabled: " << r.type;
+        if (r.buffers == 0)
+            continue;
         p.Enabled(true);
         EXPECT_EQ(p.MinPosition(), r.min) << r.type;
         EXPECT_EQ(p.MaxPosition(), r.max) << r.type;

@@ -1,4 +1,5 @@
-// The reading cycle driven by a scripted driver family (no port: a USB model).
+// The reading cycle driven by a scripted driver family (no port: a USB model): the events a
+// host sees and the driver calls, in order.
 #include "support/ScriptedFamily.h"
 #include "support/TestHost.h"
 
@@ -7,7 +8,13 @@
 namespace zebreader81::test {
 namespace {
 
-using Strings = std::vector<std::string>;
+std::string joined(const std::vector<std::string>& items)
+{
+    std::string out;
+    for (const auto& item : items)
+        out += (out.empty() ? "" : " ") + item;
+    return out;
+}
 
 struct Cycle : ::testing::Test {
     HostScope errors;
@@ -20,140 +27,94 @@ struct Cycle : ::testing::Test {
         reader.ReaderType(zebReaderTypeSekonicSR2300);
         reader.Advise(events);
     }
+    std::string log() const { return joined(events->log); }
+    std::string calls() const { return joined(family.calls); }
 };
 
 TEST_F(Cycle, ReadPageRaisesEventsInOrderAndReadsBackOnlyWhatItShould)
 {
-    family.reads = {true};
+    family.reads = {true, true, true};
     reader.Printer()->Enabled(true);
     reader.Printer()->Active(true);
-    events->onReadSheet = [](int, bool& reject) { reject = true; };
-    events->onAfterSheet = [](int, bool& cancel) { cancel = true; };
+    events->onReadSheet = [](int sheet, bool& reject) { reject = sheet == 1; };
+    events->onAfterSheet = [](int sheet, bool& cancel) { cancel = sheet == 1; };
 
     ASSERT_TRUE(reader.ReadPage(true));
     // BeforeSheet gets the imprinter's state; the handler flips it, which must not count.
-    EXPECT_EQ(events->log,
-              (Strings{"BeforeSheet(True)", "ReadSheet(False)", "BeforePrint", "AfterSheet(False)"}));
-    ASSERT_EQ(events->beforePrintCancelIn.size(), 1u);
-    EXPECT_TRUE(events->beforePrintCancelIn[0]) << "bCancel defaults to the ReadSheet bReject";
-    EXPECT_EQ(family.calls, (Strings{"read", "print(skip)"}));
+    EXPECT_EQ(log(), "BeforeSheet(True) ReadSheet(False) BeforePrint AfterSheet(False)");
+    EXPECT_TRUE(events->beforePrintCancelIn.at(0)) << "bCancel defaults to the ReadSheet bReject";
+    EXPECT_EQ(calls(), "read print(skip)");
     EXPECT_TRUE(reader.CancelScan()) << "AfterSheet's bCancelScan is stored";
     EXPECT_EQ(events->side1.at(0)(1, 1), 1);
-}
 
-TEST_F(Cycle, PrintsAndRaisesAfterPrintOnlyWhenInitializedAndActive)
-{
-    family.reads = {true, true};
-    reader.Printer()->Enabled(true);
-    reader.Printer()->Active(true);
+    // Printing, and AfterPrint, only when initialized and active.
+    reader.CancelScan(false);
+    events->log.clear();
     ASSERT_TRUE(reader.ReadPage(true));
-    EXPECT_EQ(events->log.back(), "AfterSheet(False)");
-    EXPECT_EQ(events->log.at(events->log.size() - 2), "AfterPrint");
-
+    EXPECT_EQ(log(), "BeforeSheet(True) ReadSheet(False) BeforePrint AfterPrint AfterSheet(False)");
     events->log.clear();
     ASSERT_TRUE(reader.ReadPage(false));
-    EXPECT_EQ(events->log, (Strings{"BeforeSheet(False)", "ReadSheet(False)", "AfterSheet(False)"}));
+    EXPECT_EQ(log(), "BeforeSheet(False) ReadSheet(False) AfterSheet(False)");
+    EXPECT_EQ(calls(), "read print(skip) read print read");
 }
 
-TEST_F(Cycle, CancelScanStopsReadPageAfterBeforeSheet)
+TEST_F(Cycle, CancelScanOrAFailedReadEndTheSheetEarly)
 {
     reader.CancelScan(true);
     EXPECT_FALSE(reader.ReadPage());
-    EXPECT_EQ(events->log, (Strings{"BeforeSheet(False)"}));
-    EXPECT_TRUE(family.calls.empty());
-}
+    EXPECT_EQ(log(), "BeforeSheet(False)");
+    EXPECT_EQ(calls(), "");
 
-TEST_F(Cycle, FailedReadEndsTheSheetWithoutFurtherEventsAndSetsCancelScan)
-{
+    reader.CancelScan(false);
     family.reads = {false};
     EXPECT_FALSE(reader.ReadPage());
-    EXPECT_EQ(events->log, (Strings{"BeforeSheet(False)"}));
+    EXPECT_EQ(log(), "BeforeSheet(False) BeforeSheet(False)");
+    EXPECT_EQ(calls(), "read");
     EXPECT_TRUE(reader.CancelScan());
 }
 
-TEST_F(Cycle, ReadBatchWithZeroSheetsOpensAndClosesOnly)
+TEST(ReadBatch, CountsEndsAndRoutesTheLastSheet)
 {
-    EXPECT_TRUE(reader.ReadBatch(false, 0));
-    EXPECT_EQ(family.calls, (Strings{"init", "close"}));
-}
-
-TEST_F(Cycle, ReadBatchCountsOnFromTheCountPassedInAndEjectsTheLastSheet)
-{
-    family.reads = {true, true, true};
-    int32_t count = 5;
-    EXPECT_TRUE(reader.ReadBatch(false, 7, count));
-    EXPECT_EQ(count, 7);
-    EXPECT_EQ(family.calls, (Strings{"init", "read", "read", "eject", "close"}));
-    EXPECT_TRUE(reader.CancelScan()) << "stays True after the batch";
-}
-
-TEST_F(Cycle, ReadBatchUnlimitedRunsUntilCancelAndFailedReadsStillCount)
-{
-    family.reads = {true, false};
-    // The failed second read sets CancelScan, which ends the batch.
-    int32_t count = 0;
-    EXPECT_TRUE(reader.ReadBatch(false, -1, count));
-    EXPECT_EQ(count, 2);
-    // The last read failed: no eject.
-    EXPECT_EQ(family.calls, (Strings{"init", "read", "read", "close"}));
-}
-
-TEST_F(Cycle, AfterSheetCancelStopsTheBatchAndEjectsUnlessRejected)
-{
-    family.reads = {true, true, true};
-    events->onAfterSheet = [](int sheet, bool& cancel) { cancel = sheet == 2; };
-    int32_t count = 0;
-    EXPECT_TRUE(reader.ReadBatch(false, -1, count));
-    EXPECT_EQ(count, 2);
-    EXPECT_EQ(family.calls, (Strings{"init", "read", "read", "eject", "close"}));
-
-    family.calls.clear();
-    reader.CancelScan(false);
-    events->onReadSheet = [this](int, bool&) { reader.RejectPage(); };
-    count = 0;
-    EXPECT_TRUE(reader.ReadBatch(false, 1, count));
-    EXPECT_EQ(family.calls, (Strings{"init", "read", "reject", "close"}));
-}
-
-TEST_F(Cycle, ReadBatchDoesNotClearCancelScan)
-{
-    family.reads = {true};
-    reader.CancelScan(true);
-    int32_t count = 0;
-    EXPECT_TRUE(reader.ReadBatch(false, -1, count));
-    EXPECT_EQ(count, 0);
-    EXPECT_EQ(family.calls, (Strings{"init", "close"}));
-}
-
-TEST_F(Cycle, FailedStartEndsTheBatch)
-{
-    family.initResult = false;
-    EXPECT_FALSE(reader.ReadBatch());
-    EXPECT_EQ(family.calls, (Strings{"init", "close"}));
-    EXPECT_TRUE(reader.CancelScan());
-}
-
-TEST_F(Cycle, RejectTwiceSendsOneCommand)
-{
-    family.reads = {true};
-    events->onReadSheet = [this](int, bool&) {
-        reader.RejectPage();
-        reader.RejectPage();
-        reader.EjectPage();
+    struct Case {
+        const char* what;
+        const char* reads;                    // 1 a sheet read, 0 a failed read
+        int32_t sheets, countIn, cancelAfter; // AfterSheet cancels after sheet cancelAfter
+        bool rejectInReadSheet, cancelBefore, initResult, ok;
+        int32_t countOut;
+        const char* calls;
     };
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_EQ(family.calls, (Strings{"read", "reject"}));
-}
-
-TEST_F(Cycle, NothingIsRejectedOrEjectedOnceTheReaderIsClosed)
-{
-    family.reads = {true};
-    ASSERT_TRUE(reader.StartReader());
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_TRUE(reader.EndReader());
-    reader.RejectPage();
-    reader.EjectPage();
-    EXPECT_EQ(family.calls, (Strings{"init", "read", "close"}));
+    const Case cases[] = {
+        {"zero sheets", "", 0, 0, 0, false, false, true, true, 0, "init close"},
+        {"counts on from the count passed in", "111", 7, 5, 0, false, false, true, true, 7,
+         "init read read eject close"},
+        {"a failed read ends it and counts", "10", -1, 0, 0, false, false, true, true, 2,
+         "init read read close"},
+        {"AfterSheet cancels", "111", -1, 0, 2, false, false, true, true, 2, "init read read eject close"},
+        {"a rejected sheet is not ejected", "1", 1, 0, 0, true, false, true, true, 1,
+         "init read reject close"},
+        {"CancelScan is not cleared", "1", -1, 0, 0, false, true, true, true, 0, "init close"},
+        {"a failed start", "", -1, 0, 0, false, false, false, false, 0, "init close"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ScriptedFamily family(Family::SekonicUSB);
+        for (const char* r = c.reads; *r; ++r)
+            family.reads.push_back(*r == '1');
+        family.initResult = c.initResult;
+        clsZEBReader reader;
+        reader.ReaderType(zebReaderTypeSekonicSR2300);
+        auto events = std::make_shared<RecordingEvents>();
+        events->onAfterSheet = [&](int sheet, bool& cancel) { cancel = sheet == c.cancelAfter; };
+        if (c.rejectInReadSheet)
+            events->onReadSheet = [&](int, bool&) { reader.RejectPage(); };
+        reader.Advise(events);
+        reader.CancelScan(c.cancelBefore);
+        int32_t count = c.countIn;
+        EXPECT_EQ(reader.ReadBatch(false, c.sheets, count), c.ok);
+        EXPECT_EQ(count, c.countOut);
+        EXPECT_EQ(joined(family.calls), c.calls);
+        EXPECT_EQ(reader.CancelScan(), c.sheets != 0) << "stays True after a batch that ran";
+    }
 }
 
 TEST_F(Cycle, SheetCountThatWouldOverflowIsReportedNotWrapped)
@@ -166,11 +127,24 @@ TEST_F(Cycle, SheetCountThatWouldOverflowIsReportedNotWrapped)
     EXPECT_EQ(errors.host->only().location, "clsZEBReader.ReadBatch");
 }
 
-TEST_F(Cycle, EndReaderReleasesTheAnswerKey)
+TEST_F(Cycle, RejectAndEjectSendOneCommandAndNoneOnceClosed)
 {
+    family.reads = {true, true};
+    events->onReadSheet = [this](int, bool&) {
+        reader.RejectPage();
+        reader.RejectPage();
+        reader.EjectPage();
+    };
+    ASSERT_TRUE(reader.ReadPage());
+    events->onReadSheet = nullptr;
+    ASSERT_TRUE(reader.StartReader());
+    ASSERT_TRUE(reader.ReadPage());
     reader.AnswerKey(std::make_shared<HostObject>());
     EXPECT_TRUE(reader.EndReader());
-    EXPECT_EQ(reader.AnswerKey(), nullptr);
+    EXPECT_EQ(reader.AnswerKey(), nullptr) << "EndReader releases the answer key";
+    reader.RejectPage();
+    reader.EjectPage();
+    EXPECT_EQ(calls(), "read reject init read close");
 }
 
 TEST(Routing, RejectAndEjectOfModelsWithoutRoutingOnlyMarkTheSheet)
@@ -186,7 +160,7 @@ TEST(Routing, RejectAndEjectOfModelsWithoutRoutingOnlyMarkTheSheet)
     };
     reader.Advise(events);
     ASSERT_TRUE(reader.ReadPage());
-    EXPECT_EQ(scanMark.calls, (Strings{"read"}));
+    EXPECT_EQ(joined(scanMark.calls), "read");
 }
 
 TEST(Routing, SekonicUsbSheetStaysOpenAfterAFailedEject)

@@ -1,5 +1,5 @@
-// A fresh settings store per test: on Linux a store folder (ZEBREADER_REGISTRY), on Windows
-// the registry keys the tests use under HKEY_CURRENT_USER; removed afterwards.
+// A fresh settings store per test: on Linux a store folder (ZEBREADER_REGISTRY), on Windows an
+// HKEY_CURRENT_USER of the test's own; removed afterwards.
 #pragma once
 
 #include "registry/SettingsStore.h"

@@ -35,7 +35,7 @@ protected:
     }
 };
 
-TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpers)
+TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpersAndRefusesWhatItShould)
 {
     for (const auto& c : writableRoots) {
         SCOPED_TRACE(c.subKey);
@@ -60,19 +60,11 @@ TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpers)
         EXPECT_STREQ(keyClass, "1");
         RegCloseKey(key);
     }
-}
 
-TEST_F(RegistryStore, PerformanceDataHoldsNoKeysToReadOrWrite)
-{
-    EXPECT_EQ(registry::LoadValue(zebReaderRegistryKeyPerformanceData, "Software\\ZEBReader81Test", "TimeOut",
-                                  "10"),
-              "10");
-    EXPECT_FALSE(registry::SaveValue(zebReaderRegistryKeyPerformanceData, "Software\\ZEBReader81Test",
-                                     "TimeOut", "1"));
-}
-
-TEST_F(RegistryStore, AKeyOpenedForReadingRefusesWrites)
-{
+    // Performance data holds no keys; a key opened for reading refuses writes.
+    constexpr auto performance = zebReaderRegistryKeyPerformanceData;
+    EXPECT_EQ(registry::LoadValue(performance, "Software\\ZEBReader81Test", "TimeOut", "10"), "10");
+    EXPECT_FALSE(registry::SaveValue(performance, "Software\\ZEBReader81Test", "TimeOut", "1"));
     ASSERT_TRUE(registry::SaveValue(zebReaderRegistryKeyCurrentUser, "Software\\ZEBReader81Test", "A", "1"));
     std::unique_ptr<registry::SettingsKey> key;
     ASSERT_EQ(registry::settingsStore().open(registry::Root::CurrentUser, "Software\\ZEBReader81Test",

@@ -1,37 +1,43 @@
-// The Windows side of StoreFixture: the keys the settings tests use, under the test
-// prefix's HKEY_CURRENT_USER, removed before and after each test.
+// The Windows side of StoreFixture: each test gets an HKEY_CURRENT_USER of its own, a key of
+// the prefix's one named after the process, so tests that run at once keep apart.
 #include "registry/StoreFixture.h"
 
 #include <windows.h>
+
+#include <string>
 
 namespace zebreader81::test {
 
 namespace {
 
-const char* const testKeys[] = {"Software\\Site", "Software\\Nowhere"};
+HKEY ownUser = nullptr;
 
-void removeTestKeys()
-{
-    for (const char* key : testKeys)
-        RegDeleteTreeA(HKEY_CURRENT_USER, key);
-}
+std::string ownUserName() { return "Software\\ZEBReader81Tests\\" + std::to_string(GetCurrentProcessId()); }
 
 } // namespace
 
-void StoreFixture::SetUp() { removeTestKeys(); }
+void StoreFixture::SetUp()
+{
+    RegDeleteTreeA(HKEY_CURRENT_USER, ownUserName().c_str());
+    ASSERT_EQ(RegCreateKeyExA(HKEY_CURRENT_USER, ownUserName().c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
+                              nullptr, &ownUser, nullptr),
+              ERROR_SUCCESS);
+    ASSERT_EQ(RegOverridePredefKey(HKEY_CURRENT_USER, ownUser), ERROR_SUCCESS);
+}
 
-void StoreFixture::TearDown() { removeTestKeys(); }
+void StoreFixture::TearDown()
+{
+    RegOverridePredefKey(HKEY_CURRENT_USER, nullptr);
+    RegCloseKey(ownUser);
+    RegDeleteTreeA(HKEY_CURRENT_USER, ownUserName().c_str());
+}
 
 bool StoreFixture::anythingWritten() const
 {
-    for (const char* key : testKeys) {
-        HKEY opened = nullptr;
-        if (RegOpenKeyExA(HKEY_CURRENT_USER, key, 0, KEY_READ, &opened) == ERROR_SUCCESS) {
-            RegCloseKey(opened);
-            return true;
-        }
-    }
-    return false;
+    DWORD keys = 0, values = 0;
+    RegQueryInfoKeyA(ownUser, nullptr, nullptr, nullptr, &keys, nullptr, nullptr, &values, nullptr, nullptr,
+                     nullptr, nullptr);
+    return keys + values > 0;
 }
 
 } // namespace zebreader81::test

@@ -25,61 +25,44 @@ Screen look();
 
 // Runs each step once its window is up: a step that wants a message box waits for one. When
 // the steps run out or one never finds its window, the dialog is cancelled so the test ends.
-class Driver {
-public:
-    struct Step {
-        bool wantsBox;
-        std::function<void(const Screen&)> act;
-    };
+struct Step {
+    bool wantsBox;
+    std::function<void(const Screen&)> act;
+};
+std::vector<Step> steps;
+size_t next = 0;
+int waited = 0;
+bool busy = false; // a step's messages may run the timer again
 
-    explicit Driver(std::vector<Step> steps) : steps_(std::move(steps))
-    {
-        current_ = this;
-        timer_ = SetTimer(nullptr, 0, 10, tick);
-    }
-    ~Driver()
-    {
-        KillTimer(nullptr, timer_);
-        current_ = nullptr;
-    }
-    bool finished() const { return next_ == steps_.size(); }
-
-private:
-    static void CALLBACK tick(HWND, UINT, UINT_PTR, DWORD)
-    {
-        Driver* self = current_;
-        if (!self || self->busy_)
-            return;
-        self->busy_ = true;
-        self->turn();
-        self->busy_ = false;
-    }
-
-    void turn()
-    {
-        const Screen screen = look();
-        if (!screen.dialog)
-            return;
-        if (next_ < steps_.size() && steps_[next_].wantsBox == (screen.box != nullptr)) {
-            waited_ = 0;
-            steps_[next_++].act(screen);
-            return;
-        }
-        if (++waited_ < 500)
-            return;
-        ADD_FAILURE() << "step " << next_ << " never found its window";
+void CALLBACK tick(HWND, UINT, UINT_PTR, DWORD)
+{
+    const Screen screen = busy ? Screen{} : look();
+    if (!screen.dialog)
+        return;
+    busy = true;
+    if (next < steps.size() && steps[next].wantsBox == (screen.box != nullptr)) {
+        waited = 0;
+        steps[next++].act(screen);
+    } else if (++waited == 500) {
+        ADD_FAILURE() << "step " << next << " never found its window";
         if (screen.box)
             PostMessageA(screen.box, WM_COMMAND, IDOK, 0);
         PostMessageA(screen.dialog, WM_COMMAND, IDCANCEL, 0);
-        next_ = steps_.size();
+        next = steps.size();
     }
+    busy = false;
+}
 
-    static inline Driver* current_ = nullptr;
-    std::vector<Step> steps_;
-    size_t next_ = 0;
-    int waited_ = 0;
-    bool busy_ = false;
-    UINT_PTR timer_ = 0;
+struct Driver {
+    explicit Driver(std::vector<Step> script) : timer(SetTimer(nullptr, 0, 10, tick))
+    {
+        steps = std::move(script);
+        next = 0;
+        waited = 0;
+    }
+    ~Driver() { KillTimer(nullptr, timer); }
+    bool finished() const { return next == steps.size(); }
+    UINT_PTR timer;
 };
 
 // The settings dialog (the window with the model list), and a message box it owns.
