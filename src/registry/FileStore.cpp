@@ -120,10 +120,8 @@ Status loadRoot(Root root, Hive& hive, mode_t* mode = nullptr)
         *mode = st.st_mode & 07777;
     RegDocument doc;
     auto error = parseRegFile(bytes, doc);
-    if (!error) {
-        if (auto wrongRoot = hive.apply(doc, root))
-            error = RegParseError{0, *wrongRoot};
-    }
+    if (!error)
+        error = hive.apply(doc, root);
     if (error) {
         reportBadFile(path, st, *error);
         return Status::BadFile;

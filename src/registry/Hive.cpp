@@ -158,15 +158,17 @@ std::vector<std::string> Hive::subKeys(std::string_view subKey) const
     return out;
 }
 
-std::optional<std::string> Hive::apply(const RegDocument& doc, Root root, RegDocument* others)
+std::optional<RegParseError> Hive::apply(const RegDocument& doc, Root root, RegDocument* others)
 {
     for (const auto& section : doc.sections) {
         const auto split = splitKeyName(section.key);
         if (!split)
-            return "the key [" + section.key + "] does not start with a known root";
+            return RegParseError{section.line,
+                                 "the key [" + section.key + "] does not start with a known root"};
         if (split->first != root) {
             if (!others)
-                return "the key [" + section.key + "] is not under " + std::string(rootName(root));
+                return RegParseError{section.line, "the key [" + section.key + "] is not under " +
+                                                       std::string(rootName(root))};
             others->sections.push_back(section);
             continue;
         }

@@ -49,8 +49,8 @@ public:
     std::vector<std::string> subKeys(std::string_view subKey) const;
 
     /// Applies the sections of `doc` that lie under `root` (all when `others` is null, where a
-    /// section of another root is an error text); sections of other roots go to `others`.
-    std::optional<std::string> apply(const RegDocument& doc, Root root, RegDocument* others = nullptr);
+    /// section of another root is an error at its line); sections of other roots go to `others`.
+    std::optional<RegParseError> apply(const RegDocument& doc, Root root, RegDocument* others = nullptr);
     /// The keys under `subKey` (all by default) as sections in tree order; an empty root key is left out.
     RegDocument toDocument(Root root, std::string_view subKey = {}) const;
 

@@ -260,6 +260,7 @@ std::optional<RegParseError> parseRegFile(std::string_view bytes, RegDocument& o
             if (key.empty())
                 return RegParseError{lineNo, "the key name is empty"};
             section.key = std::string(key);
+            section.line = lineNo;
             doc.sections.push_back(std::move(section));
             continue;
         }

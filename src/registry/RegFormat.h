@@ -23,6 +23,7 @@ struct RegSection {
     std::string key;
     bool remove = false;
     std::vector<RegEntry> entries;
+    int line = 0; // of the [key] in the text it was read from, for reports
 };
 
 struct RegDocument {
