@@ -9,16 +9,28 @@
 
 namespace zebreader81::test {
 
-/// A peer the test drives by hand: it answers nothing by itself.
+/// A peer the test drives by hand: it answers nothing by itself, and hangs up from its own
+/// handler when `hangUpOn` arrives.
 class LinePeer : public sim::Peer {
 public:
-    explicit LinePeer(sim::Transport transport = sim::defaultTransport()) : Peer(transport) { start(); }
+    explicit LinePeer(sim::Transport transport = sim::defaultTransport(), std::string hangUpOn = {})
+        : Peer(transport), hangUpOn_(std::move(hangUpOn))
+    {
+        start();
+    }
     ~LinePeer() override { stop(); }
     void reply(std::string_view bytes) { send(bytes); }
     void replyAfter(std::chrono::milliseconds delay, std::string_view bytes) { sendAfter(delay, bytes); }
 
 protected:
-    void onReceive(std::string_view) override {}
+    void onReceive(std::string_view bytes) override
+    {
+        if (!hangUpOn_.empty() && bytes.find(hangUpOn_) != std::string_view::npos)
+            hangUp();
+    }
+
+private:
+    const std::string hangUpOn_;
 };
 
 /// A scanner of the probe protocol that is strict about framing: it answers a probe or a
@@ -46,17 +58,14 @@ protected:
     {
         pending_.append(bytes);
         for (;;) {
-            if (pending_.rfind(probeFrame(), 0) == 0) {
-                pending_.erase(0, probeFrame().size());
-                ++probes_;
-                if (!probeAnswer_.empty())
-                    send(probeAnswer_);
-            } else if (pending_.rfind(firmwareFrame(), 0) == 0) {
-                pending_.erase(0, firmwareFrame().size());
-                if (!firmwareAnswer_.empty())
-                    send(firmwareAnswer_);
-            } else if (!pending_.empty() && probeFrame().rfind(pending_, 0) != 0 &&
-                       firmwareFrame().rfind(pending_, 0) != 0) {
+            const bool probe = pending_.starts_with(probeFrame());
+            if (probe || pending_.starts_with(firmwareFrame())) {
+                pending_.erase(0, (probe ? probeFrame() : firmwareFrame()).size());
+                probes_ += probe;
+                if (const auto& answer = probe ? probeAnswer_ : firmwareAnswer_; !answer.empty())
+                    send(answer);
+            } else if (!pending_.empty() && !probeFrame().starts_with(pending_) &&
+                       !firmwareFrame().starts_with(pending_)) {
                 pending_.erase(0, 1); // not the start of any frame: line noise
             } else {
                 return;
