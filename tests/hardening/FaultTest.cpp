@@ -64,8 +64,6 @@ struct Faults : ::testing::Test {
     {
         family = f;
         plugIn();
-        reader.Port(11);
-        reader.TimeOut(1);
         reader.SleepTime(2);
         reader.Advise(events);
         switch (f) {
@@ -101,11 +99,11 @@ struct Faults : ::testing::Test {
         case Family::Chatsworth:
             reader.ReaderType(zebReaderTypeChatsworthOMR1100);
             reader.LoadDefaults(zebReaderTypeChatsworthOMR1100);
-            reader.Port(11);
-            reader.TimeOut(1);
             reader.RecognitionThreshold(5);
             break;
         }
+        reader.Port(11); // after the defaults a model loads
+        reader.TimeOut(1);
     }
 
     // A scanner on a fresh line (after a hang-up the old one is gone).
@@ -558,14 +556,9 @@ TEST_P(Fault, IsReportedAndTheNextSheetReads)
     EXPECT_LT(lines.clock().elapsed(), 60s);
 }
 
-const char* familyName(Family f)
-{
-    static const char* names[] = {"OpScan", "ScanMark", "Pdi", "EZData", "Chatsworth"};
-    return names[static_cast<int>(f)];
-}
-
+const char* const familyNames[] = {"OpScan", "ScanMark", "Pdi", "EZData", "Chatsworth"};
 INSTANTIATE_TEST_SUITE_P(Line, Fault, ::testing::ValuesIn(cases()), [](const auto& c) {
-    return std::string(familyName(c.param.family)) + "_" + c.param.name;
+    return std::string(familyNames[static_cast<int>(c.param.family)]) + "_" + c.param.name;
 });
 
 } // namespace
