@@ -96,8 +96,10 @@ TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
     EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::InvalidPortNumber);
     EXPECT_FALSE(com.PortOpen());
     EXPECT_EQ(errorOf([&] { com.CommPort(0); }), err::InvalidPortNumber);
-    ports.map(4, "/dev/null"); // exists, but is no terminal
-    EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::InvalidPortNumber);
+    for (const char* path : {"/dev/null", "memory://nothing"}) { // no terminal; no line of that name
+        ports.map(4, path);
+        EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::InvalidPortNumber);
+    }
 
     open();
     EXPECT_TRUE(com.PortOpen());
@@ -159,14 +161,30 @@ TEST_F(OnAPty, EveryByteValueCrossesOpeningForgetsWhatCameWhileClosedAndOutputIs
     EXPECT_EQ(com.InBufferCount(), 0);
 
     peer.clearReceived();
-    // Far more than a pseudo-terminal holds, so the writes come back short and with EAGAIN: the
-    // line backs up, and still every byte goes out.
+    // Far more than a pseudo-terminal holds, both ways: the writes come back short and with
+    // EAGAIN, the reads find the line full; still every byte crosses.
     std::string big;
     for (int i = 0; i < 256 * 1024; ++i)
         big += static_cast<char>('a' + i % 26);
     com.Output(big);
     ASSERT_TRUE(peer.waitReceived(big.size(), 10s));
     EXPECT_EQ(peer.received(), big);
+    peer.reply(big);
+    std::string got;
+    fc.tmrScan.Interval(10000);
+    fc.tmrScan.Enabled(true);
+    while (got.size() < big.size() && fc.tmrScan.Enabled()) {
+        fc.DoEvents();
+        got += com.Input();
+    }
+    EXPECT_EQ(got, big);
+}
+
+TEST_F(OnAPty, AHangUpEndsAWaitOnTheLine)
+{
+    open();
+    peer.hangUpAfter(50ms);
+    EXPECT_THROW(waitFor(1), RuntimeError);
 }
 
 TEST_F(OnAPty, SecondOpenOfTheSameDeviceIsRefusedUntilTheFirstCloses)
