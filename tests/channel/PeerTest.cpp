@@ -1,6 +1,7 @@
 // The simulator framework's faults and records, seen from a real port: the same on a
 // pseudo-terminal (real time) and on a memory line (virtual time).
 #include "channel/ChannelPeers.h"
+#include "channel/Clock.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 
@@ -12,24 +13,19 @@ namespace {
 using namespace std::chrono_literals;
 
 struct PeerFaults : ::testing::TestWithParam<sim::Transport> {
-    std::optional<sim::MemoryLines> lines;
     PortMap ports;
-    std::unique_ptr<LinePeer> made = makePeer();
-    LinePeer& peer = *made;
+    LinePeer peer{GetParam()};
+    std::optional<clock::VirtualClock> time; // on a memory line
     frmComm fc;
     SerialControl& com = fc.mscComm;
     PeerFaults()
     {
+        if (GetParam() == sim::Transport::Memory)
+            time.emplace();
         ports.map(1, peer.path());
         com.CommPort(1);
         com.PortOpen(true);
         com.InputLen(0);
-    }
-    std::unique_ptr<LinePeer> makePeer()
-    {
-        if (GetParam() == sim::Transport::Memory)
-            lines.emplace();
-        return std::make_unique<LinePeer>();
     }
     // Everything that arrives until the peer has nothing more to send.
     std::string arrived()
@@ -65,7 +61,7 @@ TEST_P(PeerFaults, StallSilenceAndInjection)
     EXPECT_EQ(arrived(), "nowlate");
 }
 
-TEST_P(PeerFaults, GarblingReplacesTheNextBytesAndTheRecordShowsWhatWentOut)
+TEST_P(PeerFaults, GarblingReplacesTheNextBytesAndTheRecordsShowWhatWentEachWay)
 {
     peer.garble(2, 7);
     peer.reply("ABCD");
@@ -75,6 +71,17 @@ TEST_P(PeerFaults, GarblingReplacesTheNextBytesAndTheRecordShowsWhatWentOut)
     EXPECT_EQ(got.substr(2), "CD");
     EXPECT_EQ(peer.sent(), got);
     EXPECT_EQ(peer.sentCount(), 4u);
+
+    com.Output("one");
+    ASSERT_TRUE(peer.waitReceived(3, 5s));
+    com.Output("two");
+    ASSERT_TRUE(peer.waitReceived(6, 5s));
+    const auto chunks = peer.receivedChunks();
+    ASSERT_GE(chunks.size(), 2u);
+    EXPECT_LE(chunks.front().at, chunks.back().at);
+    EXPECT_EQ(peer.received(), "onetwo");
+    peer.clearReceived();
+    EXPECT_EQ(peer.receivedCount(), 0u);
 }
 
 TEST_P(PeerFaults, PacedRepliesGoOutOneCharacterAtATimeAtTheLineRate)
@@ -91,27 +98,29 @@ TEST_P(PeerFaults, PacedRepliesGoOutOneCharacterAtATimeAtTheLineRate)
         << "20 characters cannot leave faster than the line";
 }
 
-TEST_P(PeerFaults, EveryByteFromTheDriverIsRecordedWithItsTime)
-{
-    com.Output("one");
-    ASSERT_TRUE(peer.waitReceived(3, 5s));
-    com.Output("two");
-    ASSERT_TRUE(peer.waitReceived(6, 5s));
-    const auto chunks = peer.receivedChunks();
-    ASSERT_GE(chunks.size(), 2u);
-    EXPECT_LE(chunks.front().at, chunks.back().at);
-    EXPECT_EQ(peer.received(), "onetwo");
-    peer.clearReceived();
-    EXPECT_EQ(peer.receivedCount(), 0u);
-}
-
-TEST_P(PeerFaults, HangUpNowEndsTheLineForTheDriver)
+TEST_P(PeerFaults, HangUpNowOrFromItsOwnHandlerEndsTheLineForTheDriver)
 {
     peer.hangUp();
     EXPECT_TRUE(peer.hungUp());
     EXPECT_THROW(fc.DoEvents(), RuntimeError);
     peer.reply("nothing"); // a hung-up peer sends nothing and does not fail
     peer.hangUp();
+
+    LinePeer hanging(GetParam(), "BYE");
+    ports.map(2, hanging.path());
+    frmComm other;
+    other.mscComm.CommPort(2);
+    other.mscComm.PortOpen(true);
+    other.mscComm.Output("BYE");
+    other.tmrScan.Interval(5000);
+    other.tmrScan.Enabled(true);
+    EXPECT_THROW(
+        {
+            while (other.tmrScan.Enabled())
+                other.DoEvents();
+        },
+        RuntimeError);
+    EXPECT_TRUE(hanging.hungUp());
 }
 
 TEST_P(PeerFaults, BabbleKeepsThePatternUnbrokenUntilCleared)
@@ -125,45 +134,6 @@ TEST_P(PeerFaults, BabbleKeepsThePatternUnbrokenUntilCleared)
     peer.clearFaults();
     for (std::size_t i = 0; i < got.size(); ++i)
         ASSERT_EQ(got[i], "abc"[i % 3]) << "at " << i;
-}
-
-// A scanner that drops the line when told goodbye, from inside its own receive handler.
-class HangingPeer : public sim::Peer {
-public:
-    HangingPeer() { start(); }
-    ~HangingPeer() override { stop(); }
-
-protected:
-    void onReceive(std::string_view bytes) override
-    {
-        if (bytes.find("BYE") != std::string_view::npos)
-            hangUp();
-        else
-            send("ok");
-    }
-};
-
-TEST_P(PeerFaults, HangUpFromItsOwnHandlerReachesTheDriver)
-{
-    HangingPeer hanging;
-    ports.map(2, hanging.path());
-    frmComm other;
-    other.mscComm.CommPort(2);
-    other.mscComm.PortOpen(true);
-    other.mscComm.Output("hello");
-    other.tmrScan.Interval(5000);
-    other.tmrScan.Enabled(true);
-    while (other.mscComm.InBufferCount() < 2 && other.tmrScan.Enabled())
-        other.DoEvents();
-    EXPECT_TRUE(other.tmrScan.Enabled());
-    other.mscComm.Output("BYE");
-    EXPECT_THROW(
-        {
-            while (other.tmrScan.Enabled())
-                other.DoEvents();
-        },
-        RuntimeError);
-    EXPECT_TRUE(hanging.hungUp());
 }
 
 INSTANTIATE_TEST_SUITE_P(Line, PeerFaults, ::testing::Values(sim::Transport::Pty, sim::Transport::Memory),

@@ -9,12 +9,31 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace zebreader81::test {
 namespace {
 
 using namespace std::chrono_literals;
 
-const std::string GCR{'G', '\r'};
+const std::string GCR{'G', '\r'}, DC2{18};
+const std::string probeFrame = DC2 + "R7777" + DC2 + "I00" + DC2 + "E",
+                  firmwareFrame = DC2 + "\x1bV" + DC2 + "E";
+
+// A scanner of the probe protocol: it answers the probe and the firmware query, each only when
+// it arrives exactly.
+struct ProbePeer : LinePeer {
+    explicit ProbePeer(std::string probeAnswer = GCR, std::string firmwareAnswer = {})
+    {
+        answers = {{probeFrame, std::move(probeAnswer)}, {firmwareFrame, std::move(firmwareAnswer)}};
+    }
+    auto probes() const
+    {
+        const auto chunks = receivedChunks();
+        return std::count_if(chunks.begin(), chunks.end(),
+                             [](const auto& c) { return c.bytes == probeFrame; });
+    }
+};
 
 struct Probe : ::testing::Test {
     sim::MemoryLines lines;
@@ -58,7 +77,7 @@ TEST_F(Probe, OnlyExactlyGCarriageReturnIsAScanner)
         int16_t port = 6;
         EXPECT_EQ(LocateNCSEZ(reader, port), c.found);
         EXPECT_EQ(port, 6);
-        EXPECT_EQ(peer.received(), ProbePeer::probeFrame()) << "exactly one 13-byte probe";
+        EXPECT_EQ(peer.received(), probeFrame) << "exactly one 13-byte probe";
         EXPECT_FALSE(com.PortOpen()) << "the probe closes the port again";
         EXPECT_EQ(com.CommPort(), 6);
         EXPECT_EQ(com.Settings(), "9600,E,7,1");
@@ -123,35 +142,28 @@ TEST_F(Probe, LocateAndFirmwareOnlyForTheProbeModelsWithTheProfileFlag)
 {
     ProbePeer peer(GCR, "V1 " + GCR);
     ports.map(1, peer.path());
-    std::string text = "unchanged";
-
-    reader.Profiles()->Item("23")->LocateEnabled(false);
-    reader.Profiles()->Item("23")->FirmwareEnabled(false);
-    EXPECT_FALSE(reader.Locate(1));
-    EXPECT_FALSE(reader.Firmware(text));
-
-    reader.ReaderType(zebReaderTypePDIVMR138);
-    reader.Profiles()->Item("24")->LocateEnabled(true);
-    reader.Profiles()->Item("24")->FirmwareEnabled(true);
-    EXPECT_FALSE(reader.Locate(1));
-    EXPECT_FALSE(reader.Firmware(text));
-    EXPECT_EQ(text, "unchanged");
-    EXPECT_EQ(peer.receivedCount(), 0u);
-
-    for (zebReaderType t :
-         {zebReaderTypeChatsworthOMR1100, zebReaderTypeChatsworthOMR2000,
-          zebReaderTypeChatsworthALSAccelScanOMR, zebReaderTypeNCSEZData, zebReaderTypeChatsworthACF200,
-          zebReaderTypeChatsworthACF100, zebReaderTypeChatsworthACP200}) {
-        SCOPED_TRACE(t);
-        reader.ReaderType(t);
-        const auto key = std::to_string(t);
-        reader.Profiles()->Item(key)->LocateEnabled(true);
-        reader.Profiles()->Item(key)->FirmwareEnabled(true);
-        reader.Port(8);
-        EXPECT_TRUE(reader.Locate(1));
+    struct Case {
+        zebReaderType type;
+        bool flag, works;
+    };
+    for (const Case& c :
+         {Case{zebReaderTypeNCSEZData, false, false}, Case{zebReaderTypePDIVMR138, true, false},
+          Case{zebReaderTypeChatsworthOMR1100, true, true}, Case{zebReaderTypeChatsworthOMR2000, true, true},
+          Case{zebReaderTypeChatsworthALSAccelScanOMR, true, true}, Case{zebReaderTypeNCSEZData, true, true},
+          Case{zebReaderTypeChatsworthACF200, true, true}, Case{zebReaderTypeChatsworthACF100, true, true},
+          Case{zebReaderTypeChatsworthACP200, true, true}}) {
+        SCOPED_TRACE(testing::Message() << c.type << (c.flag ? " with" : " without") << " the flag");
+        reader.ReaderType(c.type);
+        reader.Profiles()->Item(std::to_string(c.type))->LocateEnabled(c.flag);
+        reader.Profiles()->Item(std::to_string(c.type))->FirmwareEnabled(c.flag);
+        reader.Port(c.works ? 8 : 1); // where it fails, a scanner waits on the port it would ask
+        const auto before = peer.receivedCount();
+        std::string text = "unchanged";
+        EXPECT_EQ(reader.Locate(1), c.works);
         EXPECT_EQ(reader.Port(), 1);
-        EXPECT_TRUE(reader.Firmware(text));
-        EXPECT_EQ(text, "V1");
+        EXPECT_EQ(reader.Firmware(text), c.works);
+        EXPECT_EQ(text, c.works ? "V1" : "unchanged");
+        EXPECT_TRUE(c.works || peer.receivedCount() == before) << "nothing asked";
     }
 }
 
@@ -171,7 +183,7 @@ TEST_F(Probe, FirmwareIsTheTrimmedTextBeforeTheFirstGCarriageReturn)
         std::string text = "kept";
         EXPECT_EQ(reader.Firmware(text), c.ok);
         EXPECT_EQ(text, c.text);
-        EXPECT_EQ(peer.received(), ProbePeer::firmwareFrame());
+        EXPECT_EQ(peer.received(), firmwareFrame);
         EXPECT_FALSE(com.PortOpen());
     }
 }

@@ -1,9 +1,15 @@
-// The serial control over a pseudo-terminal: opening, the receive buffer, sending, tracing.
+// The serial control: the Settings text, opening, the receive buffer, sending, tracing; on a
+// memory line, and on a pseudo-terminal for what only a real line shows.
 #include "channel/ChannelPeers.h"
+#include "channel/Clock.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <termios.h>
+#include <tuple>
+#include <unistd.h>
 
 namespace zebreader81::test {
 namespace {
@@ -20,12 +26,47 @@ int errorOf(const std::function<void()>& f)
     return 0;
 }
 
-struct Control : ::testing::Test {
+TEST(SettingsText, ParsesWellFormedTextAndRefusesTheRestKeepingTheOld)
+{
+    struct Case {
+        const char* text;
+        int32_t baud;
+        char parity;
+        int data;
+        float stop;
+    };
+    for (const Case& c :
+         {Case{"9600,N,8,1", 9600, 'N', 8, 1.0f}, Case{"110,o,5,1.5", 110, 'O', 5, 1.5f},
+          Case{"19200,M,6,2", 19200, 'M', 6, 2.0f}, Case{" 57600 , s , 7 , 1 ", 57600, 'S', 7, 1.0f},
+          Case{"12345,E,4,1", 12345, 'E', 4, 1.0f}}) {
+        SCOPED_TRACE(c.text);
+        const auto s = LineSettings::parse(c.text);
+        EXPECT_EQ(std::tuple(s.baud, s.parity, s.dataBits, s.stopBits),
+                  std::tuple(c.baud, c.parity, c.data, c.stop));
+    }
+    SerialControl com;
+    com.Settings("4800,E,7,1");
+    for (const char* text : {"9600,X,8,1", "9600,N,8", "9600,N,8,1,1", "", "abc,N,8,1", "9600,N,x,1",
+                             "9600,,8,1", "9600,NE,8,1", "9600,N,8,3", "9600,N,8,1.25", "9600,N,9,1",
+                             "9600,N,3,1", "0,N,8,1", "-9600,N,8,1", "9600.5,N,8,1"}) {
+        SCOPED_TRACE(text);
+        EXPECT_EQ(errorOf([&] { com.Settings(text); }), err::InvalidPropertyValue);
+        EXPECT_EQ(com.Settings(), "4800,E,7,1");
+    }
+    for (int16_t h : {0, 1, 2, 3})
+        EXPECT_EQ(errorOf([&] { com.Handshaking(h); }), 0);
+    EXPECT_EQ(errorOf([&] { com.Handshaking(4); }), err::InvalidPropertyValue);
+    EXPECT_EQ(errorOf([&] { com.Handshaking(-1); }), err::InvalidPropertyValue);
+    EXPECT_EQ(com.Handshaking(), 3);
+}
+
+// COM3 on a line to a peer the test drives: a memory line unless the transport says otherwise.
+template <sim::Transport transport> struct Line : ::testing::Test {
     PortMap ports;
-    LinePeer peer;
+    LinePeer peer{transport};
     frmComm fc;
     SerialControl& com = fc.mscComm;
-    Control() { ports.map(3, peer.path()); }
+    Line() { ports.map(3, peer.path()); }
     void open()
     {
         com.CommPort(3);
@@ -44,6 +85,10 @@ struct Control : ::testing::Test {
         return ok;
     }
 };
+struct Control : Line<sim::Transport::Memory> {
+    clock::VirtualClock time;
+};
+using OnAPty = Line<sim::Transport::Pty>;
 
 TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
 {
@@ -51,8 +96,10 @@ TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
     EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::InvalidPortNumber);
     EXPECT_FALSE(com.PortOpen());
     EXPECT_EQ(errorOf([&] { com.CommPort(0); }), err::InvalidPortNumber);
-    ports.map(4, "/dev/null"); // exists, but is no terminal
-    EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::InvalidPortNumber);
+    for (const char* path : {"/dev/null", "memory://nothing"}) { // no terminal; no line of that name
+        ports.map(4, path);
+        EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::InvalidPortNumber);
+    }
 
     open();
     EXPECT_TRUE(com.PortOpen());
@@ -60,12 +107,87 @@ TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
     EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::PortAlreadyOpen);
     com.PortOpen(false);
     com.PortOpen(false); // closing a closed port does nothing
-    EXPECT_EQ(errorOf([&] { com.Output("x"); }), err::DeviceNotOpen);
-    EXPECT_EQ(errorOf([&] { com.InBufferCount(); }), err::DeviceNotOpen);
-    EXPECT_EQ(errorOf([&] { com.Input(); }), err::DeviceNotOpen);
+    for (auto use : std::initializer_list<std::function<void()>>{
+             [&] { com.Output("x"); }, [&] { com.InBufferCount(); }, [&] { com.Input(); }})
+        EXPECT_EQ(errorOf(use), err::DeviceNotOpen);
 }
 
-TEST_F(Control, SecondOpenOfTheSameDeviceIsRefusedUntilTheFirstCloses)
+TEST_F(Control, InputTakesWhatInputLenSaysAndTheTraceSeesEveryByteInOrder)
+{
+    std::string trace;
+    com.setTrace([&](bool sent, const std::string& bytes) { trace += (sent ? ">" : "<") + bytes; });
+    open();
+    com.Output("Q1");
+    peer.reply("ABCDEF");
+    ASSERT_TRUE(waitFor(6));
+    EXPECT_EQ(com.InBufferCount(), 6);
+    com.InputLen(1);
+    EXPECT_EQ(com.Input(), "A");
+    EXPECT_EQ(com.InBufferCount(), 5);
+    com.InputLen(3);
+    EXPECT_EQ(com.Input(), "BCD");
+    com.Output("Q2");
+    peer.reply("GH");
+    ASSERT_TRUE(waitFor(4));
+    com.InputLen(0);
+    EXPECT_EQ(com.Input(), "EFGH");
+    EXPECT_EQ(com.InBufferCount(), 0);
+    EXPECT_EQ(com.Input(), "");
+    EXPECT_EQ(errorOf([&] { com.InputLen(-1); }), err::InvalidPropertyValue);
+    EXPECT_EQ(trace, ">Q1<ABCDEF>Q2<GH");
+    com.setTrace(nullptr);
+    com.Output("Q3");
+    EXPECT_EQ(trace, ">Q1<ABCDEF>Q2<GH");
+}
+
+TEST_F(OnAPty, EveryByteValueCrossesOpeningForgetsWhatCameWhileClosedAndOutputIsWrittenWhole)
+{
+    open();
+    std::string all;
+    for (int b = 0; b < 256; ++b)
+        all += static_cast<char>(b);
+    com.Output(all);
+    ASSERT_TRUE(peer.waitReceived(256, 5s));
+    EXPECT_EQ(peer.received(), all);
+    peer.reply(all);
+    ASSERT_TRUE(waitFor(256));
+    com.InputLen(0);
+    EXPECT_EQ(com.Input(), all);
+
+    com.PortOpen(false);
+    peer.reply("stale");
+    ASSERT_TRUE(peer.waitIdle(5s));
+    open();
+    EXPECT_EQ(com.InBufferCount(), 0);
+
+    peer.clearReceived();
+    // Far more than a pseudo-terminal holds, both ways: the writes come back short and with
+    // EAGAIN, the reads find the line full; still every byte crosses.
+    std::string big;
+    for (int i = 0; i < 256 * 1024; ++i)
+        big += static_cast<char>('a' + i % 26);
+    com.Output(big);
+    ASSERT_TRUE(peer.waitReceived(big.size(), 10s));
+    EXPECT_EQ(peer.received(), big);
+    peer.reply(big);
+    std::string got;
+    fc.tmrScan.Interval(10000);
+    fc.tmrScan.Enabled(true);
+    while (got.size() < big.size() && fc.tmrScan.Enabled()) {
+        fc.DoEvents();
+        got += com.Input();
+    }
+    EXPECT_EQ(got, big);
+}
+
+TEST_F(OnAPty, AHangUpEndsAWaitOnTheLine)
+{
+    open();
+    peer.hangUpAfter(50ms);
+    EXPECT_THROW(waitFor(1), RuntimeError);
+}
+
+TEST_F(OnAPty, SecondOpenOfTheSameDeviceIsRefusedUntilTheFirstCloses)
 {
     open();
     frmComm other;
@@ -81,82 +203,53 @@ TEST_F(Control, SecondOpenOfTheSameDeviceIsRefusedUntilTheFirstCloses)
     EXPECT_EQ(errorOf([&] { open(); }), err::PortAlreadyOpen);
 }
 
-TEST_F(Control, InputTakesWhatInputLenSaysFromTheBuffer)
+TEST_F(OnAPty, SettingsReachTheLineInRawModeAndWhatNoLineCarriesIsRefused)
 {
-    open();
-    peer.reply("ABCDEF");
-    ASSERT_TRUE(waitFor(6));
-    EXPECT_EQ(com.InBufferCount(), 6);
-    com.InputLen(1);
-    EXPECT_EQ(com.Input(), "A");
-    EXPECT_EQ(com.InBufferCount(), 5);
-    com.InputLen(3);
-    EXPECT_EQ(com.Input(), "BCD");
-    peer.reply("GH");
-    ASSERT_TRUE(waitFor(4));
-    com.InputLen(0);
-    EXPECT_EQ(com.Input(), "EFGH");
-    EXPECT_EQ(com.InBufferCount(), 0);
-    EXPECT_EQ(com.Input(), "");
-    EXPECT_EQ(errorOf([&] { com.InputLen(-1); }), err::InvalidPropertyValue);
-}
-
-TEST_F(Control, EveryByteValueCrossesUntouched)
-{
-    open();
-    std::string all;
-    for (int b = 0; b < 256; ++b)
-        all += static_cast<char>(b);
-    com.Output(all);
-    ASSERT_TRUE(peer.waitReceived(256, 5s));
-    EXPECT_EQ(peer.received(), all);
-    peer.reply(all);
-    ASSERT_TRUE(waitFor(256));
-    com.InputLen(0);
-    EXPECT_EQ(com.Input(), all);
-}
-
-TEST_F(Control, OutputIsWrittenWholeEvenWhenTheLineBacksUp)
-{
-    open();
-    // Far more than a pseudo-terminal holds, so the writes come back short and with EAGAIN.
-    std::string big;
-    for (int i = 0; i < 256 * 1024; ++i)
-        big += static_cast<char>('a' + i % 26);
-    com.Output(big);
-    ASSERT_TRUE(peer.waitReceived(big.size(), 10s));
-    EXPECT_EQ(peer.received(), big);
-}
-
-TEST_F(Control, TheTraceSeesEveryByteInOrderWithItsDirection)
-{
-    std::string trace;
-    com.setTrace([&](bool sent, const std::string& bytes) { trace += (sent ? ">" : "<") + bytes; });
-    open();
-    com.Output("Q1");
-    peer.reply("xyz");
-    ASSERT_TRUE(waitFor(3));
-    com.InputLen(1);
-    com.Input();
-    com.Output("Q2");
-    peer.reply("w");
-    ASSERT_TRUE(waitFor(3));
-    com.InputLen(0);
-    EXPECT_EQ(com.Input(), "yzw");
-    EXPECT_EQ(trace, ">Q1<xyz>Q2<w");
-    com.setTrace(nullptr);
-    com.Output("Q3");
-    EXPECT_EQ(trace, ">Q1<xyz>Q2<w");
-}
-
-TEST_F(Control, OpeningForgetsWhatArrivedWhileThePortWasClosed)
-{
-    open();
-    com.PortOpen(false);
-    peer.reply("stale");
-    ASSERT_TRUE(peer.waitIdle(5s));
-    open();
-    EXPECT_EQ(com.InBufferCount(), 0);
+    com.CommPort(3);
+    // 4 data bits, 1.5 stop bits with more than 5 data bits, 2 stop bits with 5 data bits.
+    for (const char* text : {"9600,N,4,1", "9600,N,8,1.5", "9600,E,5,2"}) {
+        SCOPED_TRACE(text);
+        com.Settings(text); // the text itself is fine
+        EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::CommStateNotSet);
+        EXPECT_FALSE(com.PortOpen());
+    }
+    constexpr tcflag_t otherRate = 0010000; // the kernel's code for a rate given in numbers
+    struct Case {
+        const char* text;
+        int16_t handshaking;
+        tcflag_t rate;
+        tcflag_t cflags; // of CSTOPB, CMSPAR, CRTSCTS: pseudo-terminals keep no data bits or parity
+        tcflag_t iflags;
+    };
+    // The first opens the port with its settings; the others change them on the open port.
+    for (const Case& c :
+         {Case{"9600,N,8,1", 0, B9600, 0, 0}, Case{"110,E,7,2", 1, B110, CSTOPB, IXON | IXOFF},
+          Case{"1200,M,7,1", 2, B1200, CMSPAR | CRTSCTS, 0},
+          Case{"230400,S,8,2", 3, B230400, CMSPAR | CSTOPB | CRTSCTS, IXON | IXOFF},
+          Case{"31250,O,5,1.5", 0, otherRate, CSTOPB, 0}}) {
+        SCOPED_TRACE(c.text);
+        com.Handshaking(c.handshaking);
+        com.Settings(c.text);
+        if (!com.PortOpen())
+            com.PortOpen(true);
+        // The line as another opener sees it (root only: the exclusive open keeps others out).
+        const int fd = ::open(peer.path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+        termios t{};
+        if (fd >= 0 && tcgetattr(fd, &t) == 0) {
+            EXPECT_EQ(t.c_cflag & CBAUD, c.rate);
+            EXPECT_EQ(t.c_cflag & (CSTOPB | CMSPAR | CRTSCTS), c.cflags);
+            EXPECT_EQ(t.c_iflag & (IXON | IXOFF | ICRNL | ISTRIP | INPCK), c.iflags);
+            EXPECT_EQ(t.c_lflag & (ICANON | ECHO | ISIG), 0u);
+            EXPECT_EQ(t.c_oflag & OPOST, 0u);
+        }
+        if (fd >= 0)
+            ::close(fd);
+    }
+    // On an open port the assignment fails and the port keeps its settings.
+    EXPECT_EQ(errorOf([&] { com.Settings("9600,N,4,1"); }), err::CommStateNotSet);
+    EXPECT_EQ(com.Settings(), "31250,O,5,1.5");
+    com.Output("ok");
+    EXPECT_TRUE(peer.waitReceived(2, 5s));
 }
 
 } // namespace
