@@ -12,7 +12,7 @@ using Sim = sim::ScanMarkSimulator;
 using Strings = std::vector<std::string>;
 Sim& sm(SimulatedReader& s) { return s.scanner<Sim>(); }
 
-SafeArray<int16_t> perSheet(std::initializer_list<int16_t> values)
+SafeArray<int16_t> perSheet(const std::vector<int16_t>& values)
 {
     auto a = SafeArray<int16_t>::vector(0, static_cast<int32_t>(values.size()));
     int32_t i = 1;
@@ -21,8 +21,8 @@ SafeArray<int16_t> perSheet(std::initializer_list<int16_t> values)
     return a;
 }
 
-void form(clsZEBReader& reader, std::initializer_list<int16_t> rows1, std::initializer_list<int16_t> cols1,
-          std::initializer_list<int16_t> rows2 = {}, std::initializer_list<int16_t> cols2 = {})
+void form(clsZEBReader& reader, const std::vector<int16_t>& rows1, const std::vector<int16_t>& cols1,
+          const std::vector<int16_t>& rows2 = {}, const std::vector<int16_t>& cols2 = {})
 {
     reader.Side1Rows(perSheet(rows1));
     reader.Side1Cols(perSheet(cols1));
@@ -65,40 +65,32 @@ TEST_F(ScanMark, PageFormsAreDownloadedPerSideAndModel)
     struct Case {
         zebReaderType model;
         bool duplex, duplexForm;
-        std::vector<std::initializer_list<int16_t>> shape;
-        Strings download;
+        std::vector<std::vector<int16_t>> shape;
         int charBase;
+        Strings download;
     };
+    const Strings sideOne{"FRM=FS 6 0 5 N N N", "FRM=DK 1 1 1 6 5 L 6 5", "FRM=LS"};
+    const std::vector<int16_t> one{6}, five{5}, three{3}, four{4}, none{0};
     const Case cases[] = {
         {zebReaderTypeScantronScanMark2000,
          false,
          false,
          {{10, 0, 4}, {20, 8, 50}, {}, {}},
+         48,
          {"FRM=FS 10 0 20 N N N", "FRM=DK 1 1 1 10 20 L 10 20", "FRM=LS", "FRM=FS 0 0 8 N N N", "FRM=LS",
-          "FRM=FS 4 0 50 N N N", "FRM=DK 1 1 1 4 50 L 4 50", "FRM=LS"},
-         48},
+          "FRM=FS 4 0 50 N N N", "FRM=DK 1 1 1 4 50 L 4 50", "FRM=LS"}},
         // The 8000 gets its threshold first and a mark-column record per side.
         {zebReaderTypeScantron8000,
          true,
          true,
-         {{6}, {5}, {3}, {4}},
+         {one, five, three, four},
+         0,
          {"THR= 9", "FRM=FS 6 3 5 N N N", "FRM=MC Y N 1 1 1 1 6 5 L 6 5 11111",
-          "FRM=MC Y N 1 2 1 1 3 4 L 3 4 1111", "FRM=LS"},
-         0},
-        // A duplex scanner with a single-sided form defines no side 2.
-        {zebReaderTypeScantronScanMark4000,
-         true,
-         false,
-         {{6}, {5}, {3}, {4}},
-         {"FRM=FS 6 0 5 N N N", "FRM=DK 1 1 1 6 5 L 6 5", "FRM=LS"},
-         48},
-        // A duplex form with an empty second side still starts with its row count.
-        {zebReaderTypeScantronScanMark4000,
-         true,
-         true,
-         {{6}, {5}, {0}, {4}},
-         {"FRM=FS 6 0 5 N N N", "FRM=DK 1 1 1 6 5 L 6 5", "FRM=LS"},
-         48},
+          "FRM=MC Y N 1 2 1 1 3 4 L 3 4 1111", "FRM=LS"}},
+        // A duplex scanner with a single-sided form defines no side 2; a duplex form with an
+        // empty second side still starts with its row count.
+        {zebReaderTypeScantronScanMark4000, true, false, {one, five, three, four}, 48, sideOne},
+        {zebReaderTypeScantronScanMark4000, true, true, {one, five, none, four}, 48, sideOne},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.download.front());
@@ -148,27 +140,17 @@ TEST_F(WindowForm, OneRecordPerAreaWalkedPerSideAndEachCharacterInItsCell)
     ASSERT_TRUE(reader.ReadPage());
     EXPECT_EQ(sent(), "<ESC>QSTS<CR><ESC>READ 5 Y E<CR><ESC>QSTS<CR>");
 
-    auto expected1 = SafeArray<int16_t>::matrix(1, 12, 1, 10);
-    auto expected2 = SafeArray<int16_t>::matrix(1, 9, 1, 8);
-    const auto full1 = expectedSide(sheet, 1, 12, 10), full2 = expectedSide(sheet, 2, 9, 8);
-    for (auto [r, c] : {std::pair{2, 1},
-                        {2, 2},
-                        {4, 1},
-                        {4, 2},
-                        {6, 1},
-                        {6, 2},
-                        {2, 4},
-                        {2, 6},
-                        {2, 8},
-                        {7, 4},
-                        {7, 6},
-                        {7, 8},
-                        {12, 4},
-                        {12, 6},
-                        {12, 8}})
-        expected1(r, c) = full1(r, c);
-    for (auto [r, c] : {std::pair{3, 2}, {3, 5}, {4, 2}, {4, 5}, {8, 8}, {9, 8}})
-        expected2(r, c) = full2(r, c);
+    // Only the cells of the areas: side 1 rows 2, 4, 6 by columns 1, 2 and rows 2, 7, 12 by
+    // columns 4, 6, 8; side 2 rows 3, 4 by columns 2, 5 and rows 8, 9 of column 8.
+    auto expected1 = expectedSide(sheet, 1, 12, 10), expected2 = expectedSide(sheet, 2, 9, 8);
+    for (int r = 1; r <= 12; ++r)
+        for (int c = 1; c <= 10; ++c)
+            if (!(r % 2 == 0 && r <= 6 && c <= 2) && !((r % 5 == 2) && c % 2 == 0 && c >= 4 && c <= 8))
+                expected1(r, c) = 0;
+    for (int r = 1; r <= 9; ++r)
+        for (int c = 1; c <= 8; ++c)
+            if (!(r >= 3 && r <= 4 && (c == 2 || c == 5)) && !(r >= 8 && c == 8))
+                expected2(r, c) = 0;
     EXPECT_EQ(reader.Side1Array(), expected1);
     EXPECT_EQ(reader.Side2Array(), expected2);
 }
