@@ -106,7 +106,7 @@ FaultCase answer(const char* name, std::string word, std::string bytes, std::str
 // Card data the driver refuses, sent while it waits for the card; the transport is shut after.
 FaultCase badCard(const char* name, std::string bytes, std::string message)
 {
-    auto c = fault(name, {}, Step::Read, std::move(message), "ReadPageCT", "..." + framed("D"));
+    auto c = fault(name, nullptr, Step::Read, std::move(message), "ReadPageCT", "..." + framed("D"));
     c.during = [bytes](SimulatedReader& s) { s.peer().inject(bytes); };
     c.after = 400ms;
     return c;
@@ -144,72 +144,22 @@ const FaultCase faults[] = {
     badCard("ByteAbove127", "!\xc1", "Byte 193 in row 1 of the card data is outside 32 to 127."),
     badCard("CardTooLong", std::string(2 * 127, '!') + "\r", "The card is longer than 126 rows."),
     // A hand-fed card has no time-out; no card comes in unasked after the cancel.
-    {"HandFedCancel",
-     zebReaderTypeChatsworthOMR1100,
-     {},
-     Step::Read,
-     0,
-     "",
-     "",
-     "",
-     "..." + framed("E") + framed("D"),
-     {},
-     cancel,
-     1200ms},
+    {"HandFedCancel", zebReaderTypeChatsworthOMR1100, nullptr, Step::Read, 0, "", "", "",
+     "..." + framed("E") + framed("D"), nullptr, cancel, 1200ms},
 };
 INSTANTIATE_TEST_SUITE_P(Chatsworth, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
 
-// Rows 1 to 12: one mark in column n; row 13 blank (it counts); row 14 full. The card leaves to the rear.
-const sim::Sheet bitByBit = card({{1},
-                                  {2},
-                                  {3},
-                                  {4},
-                                  {5},
-                                  {6},
-                                  {7},
-                                  {8},
-                                  {9},
-                                  {10},
-                                  {11},
-                                  {12},
-                                  {},
-                                  {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}});
+// The card leaves to the rear.
+const sim::Sheet bitByBit = diagonalCard();
 const ReadCase reads[] = {
-    {"OMR1100",
-     zebReaderTypeChatsworthOMR1100,
-     {},
-     bitByBit,
-     126,
-     12,
-     0,
-     0,
-     6,
-     14,
+    {"OMR1100", zebReaderTypeChatsworthOMR1100, nullptr, bitByBit, 126, 12, 0, 0, 6, 14,
      framed("E") + framed("ER")},
     {"OMR2000WithItsHopper", zebReaderTypeChatsworthOMR2000,
      [](SimulatedReader& s) { s.reader.Feeder(true); }, card({{3}, {10}}), 126, 12, 0, 0, 6, 2,
      framed("E") + framed("ER")},
-    {"ACF200",
-     zebReaderTypeChatsworthACF200,
-     {},
-     card({{3}, {10}}),
-     126,
-     12,
-     0,
-     0,
-     6,
-     2,
+    {"ACF200", zebReaderTypeChatsworthACF200, nullptr, card({{3}, {10}}), 126, 12, 0, 0, 6, 2,
      framed("E") + framed("ER")},
-    {"ACP200",
-     zebReaderTypeChatsworthACP200,
-     {},
-     card({{3}, {10}}),
-     126,
-     12,
-     0,
-     0,
-     6,
-     2,
+    {"ACP200", zebReaderTypeChatsworthACP200, nullptr, card({{3}, {10}}), 126, 12, 0, 0, 6, 2,
      framed("E") + framed("ER")},
 };
 INSTANTIATE_TEST_SUITE_P(Chatsworth, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);

@@ -86,18 +86,8 @@ const FaultCase faults[] = {
      Step::Start, 2, "Threshold Initialization Error",
      "There was no response from the PDI scanner while initializing.",
      "basPeripheralDynamics.SetRecThresholdPD", "0Q+"},
-    {"CancelWhileWaiting",
-     zebReaderTypePDIVMR138,
-     {},
-     Step::Read,
-     0,
-     "",
-     "",
-     "",
-     "0Q+Q8",
-     {},
-     cancel,
-     1200ms},
+    {"CancelWhileWaiting", zebReaderTypePDIVMR138, nullptr, Step::Read, 0, "", "", "", "0Q+Q8", nullptr,
+     cancel, 300ms},
 };
 INSTANTIATE_TEST_SUITE_P(Pdi, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
 

@@ -220,7 +220,7 @@ const FaultCase faults[] = {
          s.reader.Feeder(false);
      },
      Step::Read, 0, "", "", "", "...<ESC>QSTS<CR>",
-     [](SimulatedReader& s) { EXPECT_EQ(sm(s).sheetsRead(), 0); }, cancel, std::chrono::milliseconds(1200)},
+     [](SimulatedReader& s) { EXPECT_EQ(sm(s).sheetsRead(), 0); }, cancel, std::chrono::milliseconds(300)},
     {"JamBeforeDoubleFeed", zebReaderTypeScantronScanMark2000,
      [](SimulatedReader& s) {
          form(s.reader, {1}, {1});
