@@ -180,6 +180,13 @@ const FaultCase faults[] = {
 };
 INSTANTIATE_TEST_SUITE_P(OpScan, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
 
+const ReadCase reads[] = {
+    {"FourByteStatusReplyIsEnough", zebReaderTypeNCSOpScan2,
+     [](SimulatedReader& s) { op(s).setShortStatusLength(4); }, patternSheet(1, 47, 0, 0, 3), 150, 48, 0, 0,
+     -1, 1, "<DC1>s1"},
+};
+INSTANTIATE_TEST_SUITE_P(OpScan, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);
+
 TEST_F(OpScan, ScannerThatHangsUpIsARunTimeErrorNotAHang)
 {
     load(patternSheet(2, 47));
