@@ -82,26 +82,23 @@ TEST_F(Chatsworth, AccelScanCardWaitsForRejectOrEjectAndGoesOnBeforeTheNextIsFed
 FaultCase fault(const char* name, std::function<void(SimulatedReader&)> arrange, Step step,
                 std::string message, const char* procedure, std::string wire)
 {
-    return {name,
-            zebReaderTypeChatsworthOMR1100,
-            std::move(arrange),
-            step,
-            2,
-            "Chatsworth Scanner Error",
-            "Chatsworth Scanner - " + message,
-            std::string("basChatsworth.") + procedure,
-            std::move(wire)};
+    FaultCase c{name,
+                zebReaderTypeChatsworthOMR1100,
+                nullptr,
+                step,
+                2,
+                "Chatsworth Scanner Error",
+                "Chatsworth Scanner - " + message,
+                std::string("basChatsworth.") + procedure,
+                std::move(wire)};
+    c.arrange = std::move(arrange);
+    return c;
 }
 // An answer that fails the init of a reader with feed and exit control off; nothing follows it.
 FaultCase answer(const char* name, std::string word, std::string bytes, std::string message)
 {
-    return fault(
-        name,
-        [=](SimulatedReader& s) {
-            cw(s).setFlags(0);
-            cw(s).overrideAnswer(word, bytes);
-        },
-        Step::Start, std::move(message), "InitReaderCT", "..." + framed(word));
+    auto arrange = [=](SimulatedReader& s) { cw(s).setFlags(0), cw(s).overrideAnswer(word, bytes); };
+    return fault(name, arrange, Step::Start, std::move(message), "InitReaderCT", "..." + framed(word));
 }
 // Card data the driver refuses, sent while it waits for the card; the transport is shut after.
 FaultCase badCard(const char* name, std::string bytes, std::string message)

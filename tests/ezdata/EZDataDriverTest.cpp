@@ -70,15 +70,17 @@ const std::string kRead = "basNCSEZData.ReadPageNCSEZ";
 FaultCase fault(const char* name, std::function<void(Sim&)> arrange, Step step, std::string message,
                 std::string location, std::string wire)
 {
-    return {name,
-            zebReaderTypeNCSEZData,
-            [arrange](SimulatedReader& s) { arrange(ez(s)); },
-            step,
-            2,
-            "EZData Scanner Error",
-            "EZData Scanner - " + message,
-            location,
-            std::move(wire)};
+    FaultCase c{name,
+                zebReaderTypeNCSEZData,
+                nullptr,
+                step,
+                2,
+                "EZData Scanner Error",
+                "EZData Scanner - " + message,
+                location,
+                std::move(wire)};
+    c.arrange = [arrange](SimulatedReader& s) { arrange(ez(s)); };
+    return c;
 }
 FaultCase answer(const char* name, std::string word, std::string bytes, std::string step, Words wire,
                  std::chrono::milliseconds delay = 0ms)
@@ -89,14 +91,12 @@ FaultCase answer(const char* name, std::string word, std::string bytes, std::str
 }
 FaultCase refusedSetting(const char* name, std::string bytes, std::string what)
 {
-    return fault(
-        name,
-        [=](Sim& s) {
-            s.setFlags("00"), s.setTiming("00");
-            s.overrideAnswer("SETFLAGS03", bytes);
-        },
-        Step::Start, "Unexpected data " + what + "returned from scanner in response to: SETFLAGS03",
-        "basNCSEZData.SetValuesNCSEZ", framed({"GETCONFIG", "SETFLAGS03"}));
+    auto arrange = [=](Sim& s) {
+        s.setFlags("00"), s.setTiming("00"), s.overrideAnswer("SETFLAGS03", bytes);
+    };
+    return fault(name, arrange, Step::Start,
+                 "Unexpected data " + what + "returned from scanner in response to: SETFLAGS03",
+                 "basNCSEZData.SetValuesNCSEZ", framed({"GETCONFIG", "SETFLAGS03"}));
 }
 const std::string good = "G22 03 80 01 INL70 1.5 \r";
 const std::string text = good.substr(1, 22);

@@ -111,21 +111,20 @@ const std::string jam =
 FaultCase statusFault(const char* name, uint8_t a, uint8_t b, bool rejecter, std::string title,
                       std::string message)
 {
-    auto arrange = [=](SimulatedReader& s) {
-        s.reader.Rejecter(rejecter);
-        s.load(patternSheet(5, 47));
-        op(s).setStatusBits(a, b);
-    };
     const bool reported = !title.empty();
-    return {name,
-            zebReaderTypeNCSOpScan2,
-            arrange,
-            Step::Read,
-            2,
-            title,
-            message,
-            reported ? "basNCS.CheckStatusNCS" : "",
-            rejecter && reported ? "...s1<ESC><DC2>" : "...<DC1>s1"};
+    FaultCase c{name,
+                zebReaderTypeNCSOpScan2,
+                nullptr,
+                Step::Read,
+                2,
+                title,
+                message,
+                reported ? "basNCS.CheckStatusNCS" : "",
+                rejecter && reported ? "...s1<ESC><DC2>" : "...<DC1>s1"};
+    c.arrange = [=](SimulatedReader& s) {
+        s.reader.Rejecter(rejecter), s.load(patternSheet(5, 47)), op(s).setStatusBits(a, b);
+    };
+    return c;
 }
 
 const FaultCase faults[] = {

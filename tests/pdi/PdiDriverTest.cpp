@@ -45,16 +45,18 @@ TEST_F(Pdi, InitBringsTheThresholdToTheWantedValueAndAnswersStatusBits)
 
 FaultCase statusFault(const char* name, int status, std::string message)
 {
-    return {name,
-            zebReaderTypePDIVMR138,
-            [status](SimulatedReader& s) { pdi(s).setStatus(status); },
-            Step::Start,
-            2,
-            "Status Error",
-            std::move(message),
-            "basPeripheralDynamics.CheckStatusPD",
-            "0Q4",
-            [](SimulatedReader& s) { EXPECT_EQ(pdi(s).ejects(), 1); }};
+    FaultCase c{name,
+                zebReaderTypePDIVMR138,
+                nullptr,
+                Step::Start,
+                2,
+                "Status Error",
+                std::move(message),
+                "basPeripheralDynamics.CheckStatusPD",
+                "0Q4"};
+    c.arrange = [status](SimulatedReader& s) { pdi(s).setStatus(status); };
+    c.check = [](SimulatedReader& s) { EXPECT_EQ(pdi(s).ejects(), 1); };
+    return c;
 }
 
 const FaultCase faults[] = {
