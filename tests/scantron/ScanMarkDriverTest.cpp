@@ -211,6 +211,26 @@ TEST_F(ScanMark, PageModeFieldRefusalsCarryTheirOwnPunctuation)
 }
 
 // Status: 12 characters; marks: 48 per row.
+// A status condition reported while a one-cell sheet waits: nothing is read.
+FaultCase status(const char* name, Sim::StatusFault fault, std::string title, std::string message,
+                 std::string location = "basScantron.CheckStatusST")
+{
+    FaultCase c{name,
+                zebReaderTypeScantronScanMark2000,
+                nullptr,
+                Step::Read,
+                2,
+                std::move(title),
+                std::move(message),
+                std::move(location),
+                "...<ESC>QSTS<CR>"};
+    c.arrange = [fault](SimulatedReader& s) {
+        form(s.reader, {1}, {1}), s.load(patternSheet(1, 1)), sm(s).statusFault(fault);
+    };
+    c.check = [](SimulatedReader& s) { EXPECT_EQ(sm(s).sheetsRead(), 0); };
+    return c;
+}
+
 const FaultCase faults[] = {
     {"EmptyHopper", zebReaderTypeScantronScanMark2000, [](SimulatedReader& s) { form(s.reader, {2}, {2}); },
      Step::Read, 0, "", "", "", "...<ESC>FRM=LS<CR><ESC>QSTS<CR>"},
@@ -221,39 +241,17 @@ const FaultCase faults[] = {
      },
      Step::Read, 0, "", "", "", "...<ESC>QSTS<CR>",
      [](SimulatedReader& s) { EXPECT_EQ(sm(s).sheetsRead(), 0); }, cancel, std::chrono::milliseconds(300)},
-    {"JamBeforeDoubleFeed", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) {
-         form(s.reader, {1}, {1});
-         s.load(patternSheet(1, 1));
-         sm(s).statusFault(Sim::StatusFault::JamAndDoubleFeed);
-     },
-     Step::Read, 2, "Paper Jam",
-     "The Scantron scanner reports a paper jam. Please clear the jam and try again.",
-     "basScantron.CheckStatusST", "...QSTS<CR>"},
-    {"DoubleFeed", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) {
-         form(s.reader, {1}, {1});
-         s.load(patternSheet(1, 1));
-         sm(s).statusFault(Sim::StatusFault::DoubleFeed);
-     },
-     Step::Read, 2, "Double Feed", "The Scantron scanner reports a double feed. Please rescan the page.",
-     "basScantron.CheckStatusST", "...QSTS<CR>",
-     [](SimulatedReader& s) { EXPECT_EQ(sm(s).sheetsRead(), 0); }},
-    {"CommandError", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) {
-         form(s.reader, {1}, {1});
-         s.load(patternSheet(1, 1));
-         sm(s).statusFault(Sim::StatusFault::CommandError);
-     },
-     Step::Read, 2, "Command Error", "Your Scantron scanner reported a command error. Error #50",
-     "basScantron.CheckStatusST", "...QSTS<CR>"},
-    {"TimingLine", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) {
-         form(s.reader, {1}, {1});
-         s.load(patternSheet(1, 1));
-         sm(s).statusFault(Sim::StatusFault::TimingLine);
-     },
-     Step::Read, 2, "*", "", "basScantron.heckStatusST", "...QSTS<CR>"},
+    status("JamBeforeDoubleFeed", Sim::StatusFault::JamAndDoubleFeed, "Paper Jam",
+           "The Scantron scanner reports a paper jam. Please clear the jam and try again."),
+    status("DoubleFeed", Sim::StatusFault::DoubleFeed, "Double Feed",
+           "The Scantron scanner reports a double feed. Please rescan the page."),
+    status("CommandError", Sim::StatusFault::CommandError, "Command Error",
+           "Your Scantron scanner reported a command error. Error #50"),
+    status(
+        "TimingLine", Sim::StatusFault::TimingLine, "Initialize Error",
+        "The Scantron scanner reported a timing line error. Make sure that the form corresponds to the open "
+        "template and that it was not skewed when scanning. Please rescan.",
+        "basScantron.heckStatusST"),
     {"StalledTransfer", zebReaderTypeScantronScanMark2000,
      [](SimulatedReader& s) {
          form(s.reader, {4}, {4});
