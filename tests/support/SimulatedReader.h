@@ -90,7 +90,7 @@ struct FaultCase {
     std::function<void(SimulatedReader&)> arrange; ///< settings and simulator faults
     Step step;
     int32_t kind;
-    std::string title, message, location; ///< no location: no report; title "*": any title and text
+    std::string title, message, location; ///< no location: no report
     std::string wire;                     ///< what the driver sent since the attach; "..." first: how it ends
     std::function<void(SimulatedReader&)> check = {};
     /// Done on the line or the reader `after` into the read (inside its wait).
