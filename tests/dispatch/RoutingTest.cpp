@@ -1,8 +1,8 @@
 // Routing by model: which procedure each family's rules reach, reject and eject per model,
-// the families without a protocol, and the display names.
+// the families without a protocol, and the display names. (Which read a ScanMark form gets and
+// what each family's close answers are checked end to end beside each family.)
 #include "channel/frmComm.h"
 #include "sim/Peer.h"
-#include "sim/scantron/ScanMarkSimulator.h"
 #include "support/ScriptedFamily.h"
 #include "support/SilentScanner.h"
 #include "support/TestHost.h"
@@ -27,51 +27,6 @@ struct Dispatch : ::testing::Test {
     clsZEBReader reader;
     Dispatch() { reader.TimeOut(1); }
 };
-
-TEST_F(Dispatch, ScanMarkReadFollowsRecognitionMode)
-{
-    // The page read asks for "READ 5 Y" without a rejecter; the window read always adds "E".
-    sim::ScanMarkSimulator scanner(zebReaderTypeScantronScanMark2000, {sim::Sheet{}, sim::Sheet{}});
-    sim::mapPort(15, scanner.path());
-    auto& com = Reader::fComm(reader).mscComm;
-    com.CommPort(15);
-    com.PortOpen(true);
-    reader.ReaderType(zebReaderTypeScantronScanMark2000);
-    reader.Feeder(true);
-    reader.SleepTime(1);
-
-    reader.RecognitionMode(zebRecognitionTypePage);
-    basRead::ReaderRead(reader);
-    reader.RecognitionMode(zebRecognitionTypeWindow);
-    basRead::ReaderRead(reader);
-    com.PortOpen(false);
-
-    Strings reads;
-    for (const auto& c : scanner.commands())
-        if (c.rfind("READ", 0) == 0)
-            reads.push_back(c);
-    EXPECT_EQ(reads, (Strings{"READ 5 Y", "READ 5 Y E"}));
-}
-
-TEST_F(Dispatch, CloseResultOfChatsworthIsTrueAndOfPdiFalse)
-{
-    SilentScanner scanner;
-    sim::mapPort(16, scanner.path());
-    auto& com = Reader::fComm(reader).mscComm;
-
-    reader.ReaderType(zebReaderTypeChatsworthOMR1100);
-    com.CommPort(16);
-    com.PortOpen(true);
-    EXPECT_TRUE(basRead::ReaderClose(reader));
-    EXPECT_FALSE(com.PortOpen());
-    EXPECT_TRUE(errors.host->reports.empty()) << "nothing of the Chatsworth driver runs";
-    EXPECT_TRUE(scanner.received().empty());
-
-    reader.ReaderType(zebReaderTypePDIVMR138);
-    com.PortOpen(true);
-    EXPECT_FALSE(basRead::ReaderClose(reader));
-    EXPECT_FALSE(com.PortOpen());
-}
 
 TEST_F(Dispatch, SekonicSerialPrintsWhateverSkipAndMarksTheSheetBySkip)
 {

@@ -1,379 +1,210 @@
-// The EZData driver end to end: the reader object against the simulated scanner->
+// The EZData driver end to end: configuration, reads, routing and faults against the simulator.
 #include "sim/ezdata/EZDataSimulator.h"
-#include "support/TestHost.h"
-
-#include <gtest/gtest.h>
-
-#include <thread>
+#include "support/SimulatedReader.h"
 
 namespace zebreader81::test {
 namespace {
 
 using namespace std::chrono_literals;
+using Sim = sim::EZDataSimulator;
 using Words = std::vector<std::string>;
+Sim& ez(SimulatedReader& s) { return s.scanner<Sim>(); }
 
-constexpr int16_t kPort = 5;
-const std::string kTitle = "EZData Scanner Error";
-
-std::string framed(const std::string& word) { return "\x12\x1b" + word + "\x12" + "E"; }
-
-sim::Sheet sheetOf(std::vector<std::vector<int>> rows)
+// The frames of these words as the driver sends them, shown.
+std::string framed(const Words& words)
 {
-    sim::Sheet s;
-    s.side1 = std::move(rows);
-    return s;
+    std::string out;
+    for (const auto& w : words)
+        out += "<DC2><ESC>" + w + "<DC2>E";
+    return out;
 }
 
-std::vector<int> markRow(std::initializer_list<int> columns)
-{
-    std::vector<int> row(12, 0);
-    for (int c : columns)
-        row[static_cast<std::size_t>(c - 1)] = 9;
-    return row;
-}
-
-struct EZData : ::testing::Test {
-    HostScope errors;
-    std::unique_ptr<sim::EZDataSimulator> scanner;
-    clsZEBReader reader;
-    std::shared_ptr<RecordingEvents> events = std::make_shared<RecordingEvents>();
-
-    EZData()
-    {
-        newScanner();
-        reader.ReaderType(zebReaderTypeNCSEZData);
-        reader.Port(kPort);
-        reader.BaudRate(zebReaderBaudRate9600);
-        reader.Parity("E");
-        reader.DataBits(zebReaderDataBits7);
-        reader.StopBits(1);
-        reader.TimeOut(1);
-        reader.SleepTime(2);
-        reader.RecognitionThreshold(5);
-        reader.Advise(events);
-    }
-
-    // A scanner on a line of its own; each case of a table gets one, so that every port is
-    // opened once per line.
-    sim::EZDataSimulator& newScanner()
-    {
-        scanner = std::make_unique<sim::EZDataSimulator>();
-        sim::mapPort(kPort, scanner->path());
-        scanner->setFeedDelay(700ms);
-        scanner->setThresholdCode("70");
-        return *scanner;
-    }
-
-    void expectDeviceReport(const std::string& message, const std::string& procedure)
-    {
-        const auto& r = errors.host->only();
-        EXPECT_EQ(r.description, message);
-        EXPECT_EQ(r.kind, 2);
-        EXPECT_EQ(r.title, kTitle);
-        EXPECT_EQ(r.location, "basNCSEZData." + procedure);
-    }
-
-    // Sets CancelScan, or injects bytes, once the driver waits for the sheet.
-    std::thread whileWaitingForTheSheet(std::function<void()> action)
-    {
-        const std::size_t sentBefore = scanner->received().size();
-        return std::thread([this, sentBefore, action] {
-            scanner->waitReceived(sentBefore + framed("E").size(), 5s);
-            std::this_thread::sleep_for(700ms);
-            action();
-        });
-    }
+struct EZData : ::testing::Test, SimulatedReader {
+    EZData() : SimulatedReader(zebReaderTypeNCSEZData) {}
+    Sim& scanner() { return ez(*this); }
 };
 
-TEST_F(EZData, ConfiguredScannerReceivesNoConfigurationCommand)
-{
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(scanner->received(), framed("GETCONFIG") + framed("S"));
-    EXPECT_TRUE(errors.host->reports.empty());
-    EXPECT_TRUE(reader.EndReader());
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG", "S", "D"}));
-}
-
-TEST_F(EZData, EveryDifferingFieldGetsItsCommandInOrder)
-{
-    scanner->setFlags("00");
-    scanner->setTiming("00");
-    scanner->setThresholdCode("60");
-    scanner->setDecay("1.0");
-    reader.RecognitionThreshold(7);
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(scanner->words(),
-              (Words{"GETCONFIG", "SETFLAGS03", "SETTMCH0", "SETTHRESH7", "SETDECAY3", "S"}));
-    EXPECT_EQ(scanner->configText(), "22 03 80 01 INL74 1.5 ") << "the scanner holds what was wanted";
-    EXPECT_TRUE(errors.host->reports.empty());
-}
-
-TEST_F(EZData, OnlyTheFieldThatDiffersIsSet)
+TEST_F(EZData, ConfigurationCommandsGoOnlyForTheFieldsThatDiffer)
 {
     struct Case {
-        std::function<void(sim::EZDataSimulator&)> change;
-        std::string command;
+        std::function<void(Sim&)> change;
+        int16_t threshold;
+        Words words;
     };
     const Case cases[] = {
-        {[](auto& s) { s.setFlags("01"); }, "SETFLAGS03"},
-        {[](auto& s) { s.setTiming("81"); }, "SETTMCH0"},
-        {[](auto& s) { s.setThresholdCode("78"); }, "SETTHRESH5"},
-        {[](auto& s) { s.setDecay("2.0"); }, "SETDECAY3"},
+        {[](Sim&) {}, 5, {"GETCONFIG", "S"}},
+        {[](Sim& s) { s.setFlags("01"); }, 5, {"GETCONFIG", "SETFLAGS03", "S"}},
+        {[](Sim& s) { s.setTiming("81"); }, 5, {"GETCONFIG", "SETTMCH0", "S"}},
+        {[](Sim& s) { s.setThresholdCode("78"); }, 5, {"GETCONFIG", "SETTHRESH5", "S"}},
+        {[](Sim& s) { s.setDecay("2.0"); }, 5, {"GETCONFIG", "SETDECAY3", "S"}},
+        // Codes 60 to 78 stand for 0 to 9 (each is checked on its own beside the protocol); any
+        // other for whatever is wanted.
+        {[](Sim& s) { s.setThresholdCode("60"); }, 0, {"GETCONFIG", "S"}},
+        {[](Sim& s) { s.setThresholdCode("99"); }, 5, {"GETCONFIG", "S"}},
+        {[](Sim& s) { s.setFlags("00"), s.setTiming("00"), s.setThresholdCode("60"), s.setDecay("1.0"); },
+         7,
+         {"GETCONFIG", "SETFLAGS03", "SETTMCH0", "SETTHRESH7", "SETDECAY3", "S"}},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.command);
-        c.change(newScanner());
+        SCOPED_TRACE(framed(c.words));
+        attach();
+        c.change(scanner());
+        reader.RecognitionThreshold(c.threshold);
         ASSERT_TRUE(reader.StartReader());
-        EXPECT_EQ(scanner->received(), framed("GETCONFIG") + framed(c.command) + framed("S"));
+        EXPECT_EQ(sent(), framed(c.words));
+        if (c.words.size() > 3) {
+            EXPECT_EQ(scanner().configText(), "22 03 80 01 INL74 1.5 ")
+                << "the scanner holds what was wanted";
+        }
+        mark();
         ASSERT_TRUE(reader.EndReader());
+        EXPECT_EQ(sent(), framed({"D"}));
     }
+    EXPECT_TRUE(quiet());
 }
 
-TEST_F(EZData, ThresholdCodes60To78StandFor0To9)
-{
-    for (int16_t t = 0; t <= 9; ++t) {
-        newScanner().setThresholdCode(std::to_string(60 + 2 * t));
-        reader.RecognitionThreshold(t);
-        ASSERT_TRUE(reader.StartReader());
-        EXPECT_EQ(scanner->received(), framed("GETCONFIG") + framed("S")) << t;
-        ASSERT_TRUE(reader.EndReader());
-    }
-    // A code outside the table stands for any threshold.
-    newScanner().setThresholdCode("99");
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(scanner->received(), framed("GETCONFIG") + framed("S"));
-}
+const std::string kInit = "basNCSEZData.InitReaderNCSEZ";
+const std::string kRead = "basNCSEZData.ReadPageNCSEZ";
 
-TEST_F(EZData, ConfigurationAnswerMustBe24BytesAfter100ms)
+// A fault reported under the family's title.
+FaultCase fault(const char* name, std::function<void(Sim&)> arrange, Step step, std::string message,
+                std::string location, std::string wire)
 {
-    const std::string good = "G" + scanner->configText() + "\r";
-    const std::pair<std::string, std::chrono::milliseconds> answers[] = {
-        {good, 400ms}, // right, but late
-        {good.substr(0, 23), 0ms},
-        {good + "\r", 0ms},
+    FaultCase c{name,
+                zebReaderTypeNCSEZData,
+                nullptr,
+                step,
+                2,
+                "EZData Scanner Error",
+                "EZData Scanner - " + message,
+                location,
+                std::move(wire)};
+    c.arrange = [arrange](SimulatedReader& s) { arrange(ez(s)); };
+    return c;
+}
+FaultCase answer(const char* name, std::string word, std::string bytes, std::string step, Words wire,
+                 std::chrono::milliseconds delay = 0ms)
+{
+    return fault(
+        name, [=](Sim& s) { s.overrideAnswer(word, bytes, delay); }, Step::Start,
+        "Unexpected data returned from scanner (" + step + ").", kInit, framed(wire));
+}
+FaultCase refusedSetting(const char* name, std::string bytes, std::string what)
+{
+    auto arrange = [=](Sim& s) {
+        s.setFlags("00"), s.setTiming("00"), s.overrideAnswer("SETFLAGS03", bytes);
     };
-    for (const auto& [bytes, delay] : answers) {
-        errors.host->reports.clear();
-        newScanner().overrideAnswer("GETCONFIG", bytes, delay);
-        EXPECT_FALSE(reader.StartReader());
-        expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (GETCONFIG3).",
-                           "InitReaderNCSEZ");
-        EXPECT_TRUE(reader.CancelScan());
-        EXPECT_EQ(scanner->words(), (Words{"GETCONFIG"}));
-        reader.EndReader();
-        reader.CancelScan(false);
-    }
+    return fault(name, arrange, Step::Start,
+                 "Unexpected data " + what + "returned from scanner in response to: SETFLAGS03",
+                 "basNCSEZData.SetValuesNCSEZ", framed({"GETCONFIG", "SETFLAGS03"}));
 }
+const std::string good = "G22 03 80 01 INL70 1.5 \r";
+const std::string text = good.substr(1, 22);
 
-TEST_F(EZData, ConfigurationAnswerFaults)
-{
-    const std::string text = scanner->configText();
-    const std::pair<std::string, std::string> answers[] = {
-        {"?" + text + "\r", "GETCONFIG?"},
-        {"g" + text + "\r", "GETCONFIG1"},
-        {"G" + text.substr(0, 21) + "\r ", "GETCONFIG2"},
-        {"G" + text + " ", "GETCONFIG2"},
-    };
-    for (const auto& [bytes, step] : answers) {
-        SCOPED_TRACE(step);
-        errors.host->reports.clear();
-        newScanner().overrideAnswer("GETCONFIG", bytes);
-        EXPECT_FALSE(reader.StartReader());
-        expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (" + step + ").",
-                           "InitReaderNCSEZ");
-        reader.EndReader();
-    }
-}
+const FaultCase faults[] = {
+    // The configuration answer must be 24 bytes 100 ms after the command.
+    answer("ConfigLate", "GETCONFIG", good, "GETCONFIG3", {"GETCONFIG"}, 400ms),
+    answer("ConfigShort", "GETCONFIG", good.substr(0, 23), "GETCONFIG3", {"GETCONFIG"}),
+    answer("ConfigLong", "GETCONFIG", good + "\r", "GETCONFIG3", {"GETCONFIG"}),
+    answer("ConfigRefused", "GETCONFIG", "?" + text + "\r", "GETCONFIG?", {"GETCONFIG"}),
+    answer("ConfigNotAccepted", "GETCONFIG", "g" + text + "\r", "GETCONFIG1", {"GETCONFIG"}),
+    answer("ConfigCrTooEarly", "GETCONFIG", "G" + text.substr(0, 21) + "\r ", "GETCONFIG2", {"GETCONFIG"}),
+    answer("ConfigWithoutCr", "GETCONFIG", "G" + text + " ", "GETCONFIG2", {"GETCONFIG"}),
+    fault(
+        "WrongLineCode", [](Sim& s) { s.setLineCode("12"), s.setFlags("00"); }, Step::Start,
+        "Invalid baud rate returned by scanner.", kInit, framed({"GETCONFIG"})),
+    // A wrong state fails after the flags and timing, before the threshold.
+    fault(
+        "WrongState", [](Sim& s) { s.setState("ERR"), s.setFlags("00"), s.setThresholdCode("60"); },
+        Step::Start, "Incorrect scanner status (INL) returned by scanner.", kInit,
+        framed({"GETCONFIG", "SETFLAGS03"})),
+    refusedSetting("SettingRefused", "?\r", "(?) "),
+    refusedSetting("SettingNotAccepted", "N\r", "(return_value) "),
+    refusedSetting("SettingWithoutCr", "G", "(#bytes) "),
+    refusedSetting("SettingTwoCrs", "G\r\r", "(#bytes) "),
+    refusedSetting("SettingUnanswered", "", "(#bytes) "),
+    refusedSetting("SettingQuestionMark", "G?", ""),
+    fault(
+        "PowerOnFailure", [](Sim& s) { s.setStatusBits(4); }, Step::Start,
+        "Scanner reports a power-on failure.", kInit, framed({"GETCONFIG", "S"})),
+    fault(
+        "PaperInTransport", [](Sim& s) { s.setStatusBits(16); }, Step::Start,
+        "Scanner reports a paper in transport.  Clear transport and retry.", kInit,
+        framed({"GETCONFIG", "S"})),
+    fault(
+        "SheetThatWillNotLeave",
+        [](Sim& s) {
+            s.setSheetInTransport(true);
+            s.overrideAnswer("ER", "G\r"); // answered, but the sheet stays
+        },
+        Step::Start, "Scanner reports a paper in transport.  Clear transport and retry.", kInit,
+        framed({"GETCONFIG", "S", "ER", "S", "ER", "S", "ER", "S"})),
+    answer("StatusTwoCrs", "S", "G \r\r", "STATUS", {"GETCONFIG", "S"}),
+    answer("StatusWithoutByte", "S", "G\r", "STATUS", {"GETCONFIG", "S"}),
+    answer("StatusWithoutCr", "S", "G  ", "STATUS", {"GETCONFIG", "S"}),
+    answer("StatusRefused", "S", "? \r", "STATUS?", {"GETCONFIG", "S"}),
+    answer("StatusNotAccepted", "S", "X \r", "STATUS1", {"GETCONFIG", "S"}),
+    fault(
+        "EnableRefused", [](Sim& s) { s.overrideAnswer("E", "?\r"); }, Step::Read,
+        "Unexpected data returned from scanner (ENABLE?).", kRead, framed({"GETCONFIG", "S", "E"})),
+    // The sheet right behind the answer: more than the 2 bytes of the answer are waiting.
+    fault(
+        "EnableWithTheSheetBehind", [](Sim& s) { s.overrideAnswer("E", "G\r !\r"); }, Step::Read,
+        "Unexpected data returned from scanner (ENABLE1).", kRead, framed({"GETCONFIG", "S", "E"})),
+    {"EightBitByteInTheSheet", zebReaderTypeNCSEZData, nullptr, Step::Read, 2, "EZData Scanner Error",
+     "EZData Scanner - Unexpected data returned from scanner (ENABLE2): ! \x81", kRead,
+     framed({"GETCONFIG", "S", "E"}), nullptr, [](SimulatedReader& s) { s.peer().inject("! \x81"); }, 700ms},
+    {"CancelWhileWaiting", zebReaderTypeNCSEZData, nullptr, Step::Read, 0, "", "", "",
+     framed({"GETCONFIG", "S", "E"}), nullptr, cancel, 700ms},
+    {"SheetLongerThan150Rows", zebReaderTypeNCSEZData,
+     [](SimulatedReader& s) { s.load(card(std::vector<std::vector<int>>(151))); }, Step::Read, 0, "",
+     "Subscript out of range", kRead, framed({"GETCONFIG", "S", "E"})},
+    fault(
+        "DisableNotAccepted", [](Sim& s) { s.overrideAnswer("D", "X\r"); }, Step::End,
+        "Unexpected data returned from scanner (DISABLE1).", "basNCSEZData.CloseReaderNCSEZ",
+        framed({"GETCONFIG", "S", "D"})),
+    fault(
+        "DisableUnanswered", [](Sim& s) { s.overrideAnswer("D", ""); }, Step::End,
+        "Unexpected data returned from scanner (DISABLE1).", "basNCSEZData.CloseReaderNCSEZ",
+        framed({"GETCONFIG", "S", "D"})),
+    fault(
+        "DisableWithoutCr", [](Sim& s) { s.overrideAnswer("D", "G"); }, Step::End,
+        "Unexpected data returned from scanner (DISABLE2).", "basNCSEZData.CloseReaderNCSEZ",
+        framed({"GETCONFIG", "S", "D"})),
+    fault(
+        "DisableTwoGs", [](Sim& s) { s.overrideAnswer("D", "GG"); }, Step::End,
+        "Unexpected data returned from scanner (DISABLE2).", "basNCSEZData.CloseReaderNCSEZ",
+        framed({"GETCONFIG", "S", "D"})),
+};
+INSTANTIATE_TEST_SUITE_P(EZData, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
 
-TEST_F(EZData, WrongLineCodeFailsBeforeAnyCommand)
-{
-    scanner->setLineCode("12");
-    scanner->setFlags("00");
-    EXPECT_FALSE(reader.StartReader());
-    expectDeviceReport("EZData Scanner - Invalid baud rate returned by scanner.", "InitReaderNCSEZ");
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG"}));
-}
+const sim::Sheet bitByBit = diagonalCard();
 
-TEST_F(EZData, WrongStateFailsAfterFlagsAndTimingBeforeThreshold)
-{
-    scanner->setState("ERR");
-    scanner->setFlags("00");
-    scanner->setThresholdCode("60");
-    EXPECT_FALSE(reader.StartReader());
-    expectDeviceReport("EZData Scanner - Incorrect scanner status (INL) returned by scanner.",
-                       "InitReaderNCSEZ");
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG", "SETFLAGS03"}));
-}
-
-TEST_F(EZData, BadAnswerToAConfigurationCommandEndsTheInit)
-{
-    const std::pair<std::string, std::string> answers[] = {
-        {"?\r", "(?) "},        {"N\r", "(return_value) "}, {"G", "(#bytes) "},
-        {"G\r\r", "(#bytes) "}, {"", "(#bytes) "},          {"G?", ""},
-    };
-    for (const auto& [bytes, what] : answers) {
-        SCOPED_TRACE(what);
-        errors.host->reports.clear();
-        newScanner().setFlags("00");
-        scanner->setTiming("00");
-        scanner->overrideAnswer("SETFLAGS03", bytes);
-        EXPECT_FALSE(reader.StartReader());
-        expectDeviceReport("EZData Scanner - Unexpected data " + what +
-                               "returned from scanner in response to: SETFLAGS03",
-                           "SetValuesNCSEZ");
-        EXPECT_EQ(scanner->received(), framed("GETCONFIG") + framed("SETFLAGS03"));
-        reader.EndReader();
-    }
-}
+const ReadCase reads[] = {
+    {"BitByBitIntoTwelveColumns", zebReaderTypeNCSEZData,
+     [](SimulatedReader& s) {
+         s.reader.RecognitionThreshold(3);
+         ez(s).setThresholdCode("66");
+     },
+     bitByBit, 150, 12, 0, 0, 4, 14, framed({"E"})},
+    {"Model37IsDrivenByTheSameCode", zebReaderTypeChatsworthACF100,
+     [](SimulatedReader& s) { ez(s).setDecay("0.5"); }, card({{6, 7}}), 150, 12, 0, 0, 6, 1, framed({"E"})},
+};
+INSTANTIATE_TEST_SUITE_P(EZData, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);
 
 TEST_F(EZData, SheetLeftInTheTransportIsRejectedAndStatusAskedAgain)
 {
-    scanner->setSheetInTransport(true);
+    scanner().setSheetInTransport(true);
     ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG", "S", "ER", "S"}));
-    EXPECT_EQ(scanner->dispositions(), (Words{"ER"}));
-    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_EQ(sent(), framed({"GETCONFIG", "S", "ER", "S"}));
+    EXPECT_EQ(scanner().dispositions(), Words{"ER"});
+    EXPECT_TRUE(quiet());
 }
 
-TEST_F(EZData, SheetThatWillNotLeaveIsReportedAsPaperInTransport)
+TEST_F(EZData, RejectSendsErOrEfByRejecterOncePerSheetAndTheBatchEndEf)
 {
-    scanner->setSheetInTransport(true);
-    scanner->overrideAnswer("ER", "G\r"); // answered, but the sheet stays
-    EXPECT_FALSE(reader.StartReader());
-    expectDeviceReport("EZData Scanner - Scanner reports a paper in transport.  Clear transport and retry.",
-                       "InitReaderNCSEZ");
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG", "S", "ER", "S", "ER", "S", "ER", "S"}));
-}
-
-TEST_F(EZData, StatusFaultsFailTheInit)
-{
-    const std::pair<uint8_t, std::string> faults[] = {
-        {4, "EZData Scanner - Scanner reports a power-on failure."},
-        {16, "EZData Scanner - Scanner reports a paper in transport.  Clear transport and retry."},
-    };
-    for (const auto& [bits, message] : faults) {
-        errors.host->reports.clear();
-        newScanner().setStatusBits(bits);
-        EXPECT_FALSE(reader.StartReader());
-        expectDeviceReport(message, "InitReaderNCSEZ");
-        reader.EndReader();
-    }
-}
-
-TEST_F(EZData, StatusAnswerMustBeGStatusCr)
-{
-    const std::pair<std::string, std::string> answers[] = {
-        {"G \r\r", "STATUS"}, {"G\r", "STATUS"}, {"G  ", "STATUS"}, {"? \r", "STATUS?"}, {"X \r", "STATUS1"},
-    };
-    for (const auto& [bytes, step] : answers) {
-        SCOPED_TRACE(step);
-        errors.host->reports.clear();
-        newScanner().overrideAnswer("S", bytes);
-        EXPECT_FALSE(reader.StartReader());
-        expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (" + step + ").",
-                           "InitReaderNCSEZ");
-        reader.EndReader();
-    }
-}
-
-TEST_F(EZData, SheetIsDecodedBitByBitIntoTwelveColumns)
-{
-    // Rows 1 to 12: one mark in column n; row 13 blank; row 14 full.
-    std::vector<std::vector<int>> rows;
-    for (int c = 1; c <= 12; ++c)
-        rows.push_back(markRow({c}));
-    rows.push_back(markRow({}));
-    rows.push_back(markRow({1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}));
-    scanner->addSheet(sheetOf(rows));
-    reader.RecognitionThreshold(3);
-    scanner->setThresholdCode("66");
-
-    ASSERT_TRUE(reader.StartReader());
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_TRUE(errors.host->reports.empty());
-    ASSERT_EQ(events->side1.size(), 1u);
-    const auto& s = events->side1[0];
-    ASSERT_EQ(s.LBound(1), 1);
-    ASSERT_EQ(s.UBound(1), 150);
-    ASSERT_EQ(s.LBound(2), 1);
-    ASSERT_EQ(s.UBound(2), 12);
-    for (int32_t r = 1; r <= 150; ++r)
-        for (int32_t c = 1; c <= 12; ++c) {
-            const bool marked = (r <= 12 && c == r) || r == 14;
-            EXPECT_EQ(s(r, c), marked ? 4 : 0) << r << "," << c;
-        }
-    EXPECT_EQ(reader.Side1TimingMarks(), 14) << "the blank row counts";
-    EXPECT_EQ(scanner->words().back(), "E");
-    EXPECT_EQ(scanner->received().substr(scanner->received().size() - 5), framed("E"));
-}
-
-TEST_F(EZData, EnableAnswerFaults)
-{
-    scanner->addSheet(sheetOf({markRow({1})}));
-    ASSERT_TRUE(reader.StartReader());
-
-    scanner->overrideAnswer("E", "?\r");
-    EXPECT_FALSE(reader.ReadPage());
-    expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (ENABLE?).", "ReadPageNCSEZ");
-
-    // The sheet right behind the answer: more than the 2 bytes of the answer are waiting.
-    errors.host->reports.clear();
-    reader.CancelScan(false);
-    scanner->overrideAnswer("E", "G\r !\r");
-    EXPECT_FALSE(reader.ReadPage());
-    expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (ENABLE1).", "ReadPageNCSEZ");
-}
-
-TEST_F(EZData, EightBitByteInTheSheetIsEnable2)
-{
-    ASSERT_TRUE(reader.StartReader());
-    auto feeder = whileWaitingForTheSheet([&] { scanner->inject("! \x81"); });
-    EXPECT_FALSE(reader.ReadPage());
-    feeder.join();
-    expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (ENABLE2): ! \x81",
-                       "ReadPageNCSEZ");
-    EXPECT_TRUE(reader.CancelScan());
-}
-
-TEST_F(EZData, CancelScanEndsTheWaitForTheSheetQuietly)
-{
-    ASSERT_TRUE(reader.StartReader());
-    auto canceller = whileWaitingForTheSheet([&] { reader.CancelScan(true); });
-    EXPECT_FALSE(reader.ReadPage());
-    canceller.join();
-    EXPECT_TRUE(errors.host->reports.empty());
-    EXPECT_TRUE(events->side1.empty());
-}
-
-TEST_F(EZData, SheetLongerThan150RowsIsARuntimeError)
-{
-    scanner->addSheet(sheetOf(std::vector<std::vector<int>>(151, markRow({}))));
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_FALSE(reader.ReadPage());
-    const auto& r = errors.host->only();
-    EXPECT_EQ(r.number, 9);
-    EXPECT_EQ(r.kind, 0);
-    EXPECT_EQ(r.location, "basNCSEZData.ReadPageNCSEZ");
-}
-
-TEST_F(EZData, Model37IsDrivenByTheSameCode)
-{
-    reader.ReaderType(zebReaderTypeChatsworthACF100);
-    scanner->setDecay("0.5");
-    scanner->addSheet(sheetOf({markRow({6, 7})}));
-    ASSERT_TRUE(reader.StartReader());
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_TRUE(reader.EndReader());
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG", "SETDECAY3", "S", "E", "D"}));
-    EXPECT_EQ(reader.Side1Array()(1, 6), 6);
-    EXPECT_EQ(reader.Side1Array()(1, 7), 6);
-    EXPECT_EQ(reader.Side1TimingMarks(), 1);
-}
-
-TEST_F(EZData, RejectPageSendsErOrEfByRejecterOncePerSheet)
-{
-    scanner->addSheet(sheetOf({markRow({1})}));
-    scanner->addSheet(sheetOf({markRow({2})}));
+    load(card({{1}}));
+    load(card({{2}}));
     reader.Rejecter(true);
     ASSERT_TRUE(reader.StartReader());
     ASSERT_TRUE(reader.ReadPage());
@@ -382,63 +213,38 @@ TEST_F(EZData, RejectPageSendsErOrEfByRejecterOncePerSheet)
     reader.Rejecter(false);
     ASSERT_TRUE(reader.ReadPage());
     reader.RejectPage();
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG", "S", "E", "ER", "E", "EF"}));
-    EXPECT_EQ(scanner->dispositions(), (Words{"ER", "EF"}));
-    EXPECT_TRUE(errors.host->reports.empty());
-}
+    EXPECT_EQ(sent(), framed({"GETCONFIG", "S", "E", "ER", "E", "EF"}));
+    EXPECT_EQ(scanner().dispositions(), (Words{"ER", "EF"}));
+    EXPECT_TRUE(quiet());
+    reader.EndReader();
 
-TEST_F(EZData, BatchEndEjectsTheLastSheetWithEf)
-{
-    scanner->addSheet(sheetOf({markRow({1})}));
-    scanner->addSheet(sheetOf({markRow({2})}));
+    attach({card({{1}}), card({{2}})});
     ASSERT_TRUE(reader.ReadBatch(false, 2));
-    EXPECT_EQ(scanner->words(), (Words{"GETCONFIG", "S", "E", "E", "EF", "D"}));
-    EXPECT_EQ(scanner->dispositions(), (Words{"next", "EF"}));
-    EXPECT_EQ(events->sheets, 2);
-    EXPECT_TRUE(errors.host->reports.empty());
-}
+    EXPECT_EQ(sent(), framed({"GETCONFIG", "S", "E", "E", "EF", "D"}));
+    EXPECT_EQ(scanner().dispositions(), (Words{"next", "EF"}));
+    EXPECT_EQ(events->sheets, 4);
 
-TEST_F(EZData, EjectAnswerFault)
-{
-    scanner->addSheet(sheetOf({markRow({1})}));
+    attach({card({{1}})});
+    reset();
     reader.Rejecter(true);
     ASSERT_TRUE(reader.StartReader());
     ASSERT_TRUE(reader.ReadPage());
-    scanner->overrideAnswer("ER", "?\r");
+    scanner().overrideAnswer("ER", "?\r");
     reader.RejectPage();
-    expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (EJECT?).", "RejectPageNCSEZ");
-}
-
-TEST_F(EZData, DisableAnswerFaults)
-{
-    const std::pair<std::string, std::string> answers[] = {
-        {"X\r", "DISABLE1"},
-        {"", "DISABLE1"}, // silence until the time-out
-        {"G", "DISABLE2"},
-        {"GG", "DISABLE2"},
-    };
-    for (const auto& [bytes, step] : answers) {
-        SCOPED_TRACE(step);
-        errors.host->reports.clear();
-        newScanner().overrideAnswer("D", bytes);
-        ASSERT_TRUE(reader.StartReader());
-        EXPECT_FALSE(reader.EndReader());
-        expectDeviceReport("EZData Scanner - Unexpected data returned from scanner (" + step + ").",
-                           "CloseReaderNCSEZ");
-        EXPECT_EQ(scanner->words().back(), "D");
-    }
+    expectReport(2, "EZData Scanner Error",
+                 "EZData Scanner - Unexpected data returned from scanner (EJECT?).",
+                 "basNCSEZData.RejectPageNCSEZ");
 }
 
 TEST_F(EZData, LocateFindsTheScannerFromPort1Up)
 {
-    sim::mapPort(1, scanner->path());
+    sim::mapPort(1, peer().path());
     reader.Profiles()->Item("23")->LocateEnabled(true);
     reader.Port(9);
     ASSERT_TRUE(reader.Locate());
     EXPECT_EQ(reader.Port(), 1);
-    EXPECT_EQ(scanner->received(), "\x12R7777\x12I00\x12"
-                                   "E");
-    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_EQ(sent(), "<DC2>R7777<DC2>I00<DC2>E");
+    EXPECT_TRUE(quiet());
 }
 
 TEST_F(EZData, FirmwareTextIsWhatPrecedesGCrTrimmed)
@@ -447,14 +253,13 @@ TEST_F(EZData, FirmwareTextIsWhatPrecedesGCrTrimmed)
     profile->FirmwareEnabled(false);
     std::string firmware;
     EXPECT_FALSE(reader.Firmware(firmware));
-    EXPECT_TRUE(scanner->words().empty()) << "not offered: nothing sent";
-
+    EXPECT_EQ(sent(), "") << "not offered: nothing sent";
     profile->FirmwareEnabled(true);
-    scanner->setFirmware("  EZData 2.04 ");
+    scanner().setFirmware("  EZData 2.04 ");
     ASSERT_TRUE(reader.Firmware(firmware));
     EXPECT_EQ(firmware, "EZData 2.04");
-    EXPECT_EQ(scanner->received(), framed("V"));
-    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_EQ(sent(), framed({"V"}));
+    EXPECT_TRUE(quiet());
 }
 
 } // namespace

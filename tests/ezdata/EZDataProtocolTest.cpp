@@ -9,15 +9,6 @@
 namespace zebreader81::ezdata {
 namespace {
 
-TEST(EZDataProtocol, FrameWrapsTheWordInDc2EscAndDc2E)
-{
-    EXPECT_EQ(frame("E"), std::string("\x12\x1b"
-                                      "E\x12"
-                                      "E"));
-    EXPECT_EQ(frame("GETCONFIG"), std::string("\x12\x1bGETCONFIG\x12"
-                                              "E"));
-}
-
 TEST(EZDataProtocol, ConfigurationFieldsComeFromTheirPositions)
 {
     const auto c = parseConfigText("ABCDEFGHIJKLMNOPQRSTUV");

@@ -21,101 +21,69 @@ OpScanDecodeResult decode(const std::string& bytes, bool withSide2 = false)
     return decodeOpScanPage(bytes, withSide2);
 }
 
-TEST(OpScanPageDecoder, RunOf48ZerosFillsOneRowAndMovesToTheNext)
+// The first rows of a side, a character per column (hex digits up to 15, then on from '0' +
+// value), rows ended by '|'.
+std::string picture(const SafeArray<int16_t>& side, int32_t rows)
 {
-    const auto r = decode("a" + run(48, '0') + "a" + run(48, '3') + "\r");
-    ASSERT_EQ(r.step, Step::Complete);
-    EXPECT_EQ(r.errorNumber, 0);
-    for (int c = 1; c <= 48; ++c)
-        EXPECT_EQ(r.page.side1()(1, c), 0);
-    for (int c = 1; c <= 47; ++c)
-        EXPECT_EQ(r.page.side1()(2, c), 3) << c;
-    EXPECT_EQ(r.page.side1()(2, 48), 0) << "the last column is always cleared";
-    EXPECT_EQ(r.page.lines(1), 2);
+    std::string out;
+    for (int32_t r = 1; r <= rows; ++r, out += '|')
+        for (int32_t c = 1; c <= 48; ++c)
+            out += side(r, c) < 16 ? "0123456789ABCDEF"[side(r, c)] : static_cast<char>('0' + side(r, c));
+    return out;
 }
+std::string rep(int n, char c) { return std::string(static_cast<std::size_t>(n), c); }
+const std::string zeros = rep(48, '0') + "|";
 
-TEST(OpScanPageDecoder, RunOf10StoresTenValuesAndCountsTowardsTheRow)
+TEST(OpScanPageDecoder, PagesDecodeIntoRowsOfFortyEightAndBarcodes)
 {
-    const auto r = decode("a" + run(10, '5') + std::string(38, '1') + "a" + std::string(48, '0') + "\r");
-    ASSERT_EQ(r.step, Step::Complete);
-    for (int c = 1; c <= 10; ++c)
-        EXPECT_EQ(r.page.side1()(1, c), 5);
-    EXPECT_EQ(r.page.side1()(1, 11), 1);
-    EXPECT_EQ(r.page.side1()(1, 47), 1);
-}
-
-TEST(OpScanPageDecoder, MarkCharactersMapToStrengthsAndTheLastColumnIsCleared)
-{
-    const auto r = decode(row('a', 'F') + "a09AE:" + std::string(43, '2') + "\n");
-    ASSERT_EQ(r.step, Step::Complete) << "LF ends the page as CR does";
-    for (int c = 1; c <= 47; ++c)
-        EXPECT_EQ(r.page.side1()(1, c), 15);
-    EXPECT_EQ(r.page.side1()(1, 48), 0);
-    EXPECT_EQ(r.page.side1()(2, 1), 0);
-    EXPECT_EQ(r.page.side1()(2, 2), 9);
-    EXPECT_EQ(r.page.side1()(2, 3), 10);
-    EXPECT_EQ(r.page.side1()(2, 4), 14);
-    EXPECT_EQ(r.page.side1()(2, 5), 0) << "a colon stores nothing";
-    EXPECT_EQ(r.page.side1()(2, 6), 2) << "but takes its column";
-    EXPECT_EQ(r.page.side1()(3, 1), 0);
-}
-
-TEST(OpScanPageDecoder, ColonCountsTowardsTheFortyEightValues)
-{
-    const auto r = decode("a:" + std::string(47, '7') + "a\r");
-    EXPECT_EQ(r.step, Step::Complete);
-    EXPECT_EQ(r.page.side1()(1, 1), 0);
-    EXPECT_EQ(r.page.lines(1), 2);
-}
-
-TEST(OpScanPageDecoder, SidesKeepTheirOwnRowsAndArraysShapes)
-{
-    const auto r = decode(row('a', '1') + row('b', '2') + row('a', '3') + "\r", true);
-    ASSERT_EQ(r.step, Step::Complete);
-    EXPECT_EQ(r.page.side1()(1, 1), 1);
-    EXPECT_EQ(r.page.side1()(2, 1), 3);
-    EXPECT_EQ(r.page.side2()(1, 1), 2);
-    EXPECT_EQ(r.page.side2()(2, 1), 0);
-    EXPECT_EQ(r.page.lines(1), 2);
-    EXPECT_EQ(r.page.lines(2), 1);
-    for (const auto* side : {&r.page.side1(), &r.page.side2()}) {
-        EXPECT_EQ(side->LBound(1), 1);
-        EXPECT_EQ(side->UBound(1), 150);
-        EXPECT_EQ(side->LBound(2), 1);
-        EXPECT_EQ(side->UBound(2), 48);
+    struct Page {
+        std::string bytes;
+        bool withSide2;
+        std::string side1, side2; // the first rows; the last column is always cleared
+        int32_t lines1, lines2;
+        std::string barcodes; // each ended by '|'
+    };
+    const Page pages[] = {
+        {"a" + run(48, '0') + "a" + run(48, '3') + "\r", false, zeros + rep(47, '3') + "0|", "", 2, 0, "?|"},
+        {"a" + run(10, '5') + rep(38, '1') + "a" + zeros + "\r", false, rep(10, '5') + rep(37, '1') + "0|",
+         "", 2, 0, "?|"},
+        // A colon stores nothing but takes its column; LF ends the page as CR does.
+        {row('a', 'F') + "a09AE:" + rep(43, '2') + "\n", false,
+         rep(47, 'F') + "0|09AE0" + rep(42, '2') + "0|" + zeros, "", 2, 0, "?|"},
+        {"a:" + rep(47, '7') + "a\r", false, "0" + rep(46, '7') + "0|", "", 2, 0, "?|"},
+        {row('a', '1') + row('b', '2') + row('a', '3') + "\r", true,
+         rep(47, '1') + "0|" + rep(47, '3') + "0|", rep(47, '2') + "0|" + zeros, 2, 1, "?|"},
+        {"ad" + rep(47, '0') + "\r", false, "]" + rep(47, '0') + "|", "", 1, 0, "?|"}, // 'd' is a mark here
+        // Barcodes lose their two leading characters; run escapes work in their text too.
+        {"cxx1234d\r", false, "", "", 0, 0, "1234|"},
+        {row('a', '0') + "cxx12dyy34d\r", false, zeros, "", 1, 0, "12|34|"},
+        {"c00" + run(3, '7') + "d\r", false, "", "", 0, 0, "777|"},
+    };
+    for (const auto& p : pages) {
+        SCOPED_TRACE(p.bytes);
+        const auto r = decode(p.bytes, p.withSide2);
+        ASSERT_EQ(r.step, Step::Complete);
+        EXPECT_EQ(r.errorNumber, 0);
+        EXPECT_EQ(picture(r.page.side1(), static_cast<int32_t>(p.side1.size() / 49)), p.side1);
+        if (p.withSide2) {
+            EXPECT_EQ(picture(r.page.side2(), static_cast<int32_t>(p.side2.size() / 49)), p.side2);
+            EXPECT_EQ(r.page.side2().UBound(1), 150);
+            EXPECT_EQ(r.page.side2().UBound(2), 48);
+        } else {
+            EXPECT_TRUE(r.page.side2().empty()) << "no side-2 array without Duplex and DuplexForm";
+        }
+        EXPECT_EQ(r.page.side1().LBound(1), 1);
+        EXPECT_EQ(r.page.side1().UBound(1), 150);
+        EXPECT_EQ(r.page.side1().LBound(2), 1);
+        EXPECT_EQ(r.page.side1().UBound(2), 48);
+        EXPECT_EQ(r.page.lines(1), p.lines1);
+        EXPECT_EQ(r.page.lines(2), p.lines2);
+        std::string barcodes;
+        ASSERT_EQ(r.page.barcodes().LBound(), 1);
+        for (int32_t i = 1; i <= r.page.barcodes().UBound(); ++i)
+            barcodes += r.page.barcodes()(i) + "|";
+        EXPECT_EQ(barcodes, p.barcodes);
     }
-    EXPECT_TRUE(decode("\r").page.side2().empty()) << "no side-2 array without Duplex and DuplexForm";
-}
-
-TEST(OpScanPageDecoder, BarcodesLoseTheirTwoLeadingCharacters)
-{
-    auto one = decode("cxx1234d\r");
-    ASSERT_EQ(one.step, Step::Complete);
-    ASSERT_EQ(one.page.barcodes().LBound(), 1);
-    ASSERT_EQ(one.page.barcodes().UBound(), 1);
-    EXPECT_EQ(one.page.barcodes()(1), "1234");
-
-    auto two = decode(row('a', '0') + "cxx12dyy34d\r");
-    ASSERT_EQ(two.page.barcodes().UBound(), 2);
-    EXPECT_EQ(two.page.barcodes()(1), "12");
-    EXPECT_EQ(two.page.barcodes()(2), "34");
-
-    auto runs = decode("c00" + run(3, '7') + "d\r");
-    EXPECT_EQ(runs.page.barcodes()(1), "777") << "run escapes work in barcode text too";
-}
-
-TEST(OpScanPageDecoder, PageWithoutBarcodeKeepsTheQuestionMark)
-{
-    const auto r = decode(row('a', '0') + "\r");
-    ASSERT_EQ(r.page.barcodes().LBound(), 1);
-    ASSERT_EQ(r.page.barcodes().UBound(), 1);
-    EXPECT_EQ(r.page.barcodes()(1), "?");
-}
-
-TEST(OpScanPageDecoder, DIsAMarkOutsideBarcodeText)
-{
-    const auto r = decode("ad" + std::string(47, '0') + "\r");
-    EXPECT_EQ(r.page.side1()(1, 1), 'd' - 55);
 }
 
 TEST(OpScanPageDecoder, ShortSideOneRowIsReportedWithCountAndLine)
