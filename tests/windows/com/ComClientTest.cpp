@@ -99,10 +99,12 @@ Var create(REFCLSID clsid)
 
 template <class T> struct Ptr {
     T* p = nullptr;
-    ~Ptr()
+    ~Ptr() { reset(); }
+    void reset()
     {
         if (p)
             p->Release();
+        p = nullptr;
     }
     T* operator->() const { return p; }
     T** put() { return &p; }
@@ -118,10 +120,16 @@ struct Client : ::testing::Test {
     }
     void TearDown() override
     {
-        if (reader.p)
-            reader.p->Release();
-        reader.p = nullptr;
+        outgoing.reset();
+        reader.reset();
         CoUninitialize();
+    }
+    Ptr<IConnectionPointContainer> outgoing;
+    IConnectionPointContainer* container()
+    {
+        if (!outgoing.p)
+            reader->QueryInterface(IID_IConnectionPointContainer, reinterpret_cast<void**>(outgoing.put()));
+        return outgoing.p;
     }
 };
 
@@ -192,18 +200,9 @@ TEST_F(Client, TheVtableFaces)
     BSTR name = nullptr;
     ASSERT_EQ(S_OK, reader->get_ReaderName(&name));
     EXPECT_EQ(L"Peripheral Dynamics Inc. VMR138", text(name));
-    VARIANT_BOOL ok = VARIANT_FALSE;
-    EXPECT_EQ(S_OK, reader->LoadDefaults(zebReaderTypePDIVMR138, &ok));
-    EXPECT_EQ(VARIANT_TRUE, ok);
-    short cutOff = 0;
-    reader->get_MarkCutOff(&cutOff);
-    EXPECT_EQ(250, cutOff);
 
     Ptr<_clsZEBReaderProfiles> profiles;
     ASSERT_EQ(S_OK, reader->get_Profiles(profiles.put()));
-    long count = 0;
-    profiles->get_Count(&count);
-    EXPECT_EQ(42, count);
     Var key(L"37");
     Ptr<_clsZEBReaderProfile> acp;
     ASSERT_EQ(S_OK, profiles->get_Item(key, acp.put()));
@@ -361,13 +360,10 @@ public:
 
 TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
 {
-    Ptr<IConnectionPointContainer> container;
-    ASSERT_EQ(S_OK, reader->QueryInterface(IID_IConnectionPointContainer,
-                                           reinterpret_cast<void**>(container.put())));
     Ptr<IConnectionPoint> found;
-    ASSERT_EQ(S_OK, container->FindConnectionPoint(DIID___clsZEBReader, found.put()));
+    ASSERT_EQ(S_OK, container()->FindConnectionPoint(DIID___clsZEBReader, found.put()));
     Ptr<IEnumConnectionPoints> points;
-    ASSERT_EQ(S_OK, container->EnumConnectionPoints(points.put()));
+    ASSERT_EQ(S_OK, container()->EnumConnectionPoints(points.put()));
     IConnectionPoint* got[2] = {};
     ULONG fetched = 9;
     EXPECT_EQ(E_POINTER, points->Next(2, got, nullptr)) << "a count above one needs the fetched count";
@@ -409,11 +405,8 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
         GTEST_SKIP() << "no simulator mapped";
     Sink sink;
     sink.reader = reader.p;
-    Ptr<IConnectionPointContainer> container;
-    ASSERT_EQ(S_OK, reader->QueryInterface(IID_IConnectionPointContainer,
-                                           reinterpret_cast<void**>(container.put())));
     Ptr<IConnectionPoint> point;
-    ASSERT_EQ(S_OK, container->FindConnectionPoint(DIID___clsZEBReader, point.put()));
+    ASSERT_EQ(S_OK, container()->FindConnectionPoint(DIID___clsZEBReader, point.put()));
     DWORD cookie = 0;
     ASSERT_EQ(S_OK, point->Advise(&sink, &cookie));
     // The sink lives on this stack: disconnected before it goes, whatever fails below.
@@ -425,6 +418,7 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
 
     VARIANT_BOOL ok = VARIANT_FALSE;
     ASSERT_EQ(S_OK, reader->LoadDefaults(static_cast<zebReaderType>(model), &ok));
+    EXPECT_EQ(VARIANT_TRUE, ok);
     // The form of the simulator's sample sheets: 12-column cards for the narrow scanners,
     // 40-column sheets, the second one duplex, for the others. ScanMark sizes its arrays by
     // the form, the others by their page: the arrays hold at least the form.
