@@ -4,7 +4,6 @@
 #include "sim/pdi/PdiSimulator.h"
 #include "support/SimulatedReader.h"
 
-#include <thread>
 
 namespace zebreader81::test {
 namespace {
@@ -119,14 +118,9 @@ TEST_F(Pdi, RawStreamRoundsTheRowCountAndReadsOnPastAnInnerCR)
 {
     ASSERT_TRUE(reader.StartReader());
     mark();
-    std::thread feeder([this] {
-        if (peer().waitReceived(5, 5s)) // "0Q+Q8"
-            // 13 as data (bits 1, 4, 8), an empty half, a lone first byte "A" (64 + 1), CR.
-            peer().inject(std::string{'\n', '\r', '@', 'A', '\r'});
-    });
-    const bool read = reader.ReadPage();
-    feeder.join();
-    ASSERT_TRUE(read);
+    // After "0Q+Q8": 13 as data (bits 1, 4, 8), an empty half, a lone first byte "A" (64 + 1), CR.
+    peer().whenReceived(5, [this] { peer().inject(std::string{'\n', '\r', '@', 'A', '\r'}); });
+    ASSERT_TRUE(reader.ReadPage());
     EXPECT_EQ(reader.Side1TimingMarks(), 2) << "four characters behind the LF: 1.5 rounds to 2";
     EXPECT_EQ(reader.Side1Array(), expectedSide(card({{1}, {1, 3, 4}}), 1, 500, 14, 241));
     EXPECT_EQ(sent(), "Q89");

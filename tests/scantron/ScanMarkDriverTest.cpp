@@ -3,7 +3,6 @@
 #include "sim/scantron/ScanMarkSimulator.h"
 #include "support/SimulatedReader.h"
 
-#include <thread>
 
 namespace zebreader81::test {
 namespace {
@@ -38,14 +37,6 @@ std::shared_ptr<clsZEBReaderWindow> area(int16_t startRow, int16_t numRows, int1
     w->StartCol(startCol), w->NumCols(numCols), w->ColGap(colGap);
     w->Page(page), w->Orientation(orientation);
     return w;
-}
-
-// The simulator works on its own thread: give it a moment to catch up with the driver.
-template <class Done> bool eventually(Done done)
-{
-    for (int i = 0; i < 400 && !done(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return done();
 }
 
 struct ScanMark : ::testing::Test, SimulatedReader {
@@ -306,7 +297,7 @@ TEST_F(ScanMark, ACRAfterTheStatusReplyNeitherEndsTheMarkDataNorBlocksTheReject)
         bool reject = true;
         EXPECT_TRUE(basScantron::RejectPageST(reader, reject));
     }
-    EXPECT_TRUE(eventually([&] { return scanner().ejections() == "CC"; })) << scanner().ejections();
+    EXPECT_EQ(scanner().ejections(), "CC");
     EXPECT_EQ(scanner().sheetsRead(), 2);
     EXPECT_TRUE(quiet());
 }
@@ -318,18 +309,10 @@ TEST_F(ScanMark, HandFeedingPollsUntilASheetIsReady)
     reader.Feeder(false);
     form(reader, {2}, {2});
     ASSERT_TRUE(reader.StartReader());
-    std::thread feeder([&] {
-        for (int i = 0; i < 500; ++i) {
-            const auto c = scanner().commands();
-            if (std::count(c.begin(), c.end(), "QSTS") >= 3)
-                break;
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        load(patternSheet(2, 2));
-    });
-    const bool read = reader.ReadPage();
-    feeder.join();
-    EXPECT_TRUE(read);
+    atWait(std::chrono::seconds(3), [&] { load(patternSheet(2, 2)); });
+    EXPECT_TRUE(reader.ReadPage());
+    const auto c = scanner().commands();
+    EXPECT_GE(std::count(c.begin(), c.end(), "QSTS"), 3);
     EXPECT_EQ(reader.Side1Array()(2, 2), strength(1, 2, 2));
 }
 
@@ -349,7 +332,7 @@ TEST_F(ScanMark, RejectPrintsOffAndGoesToTheSelectStackerAndTheBatchEndAccepts)
     reject = false;
     EXPECT_FALSE(basScantron::RejectPageST(reader, reject)) << "an accept answers False even when it worked";
     sync();
-    EXPECT_TRUE(eventually([&] { return scanner().ejections() == "CCA"; })) << scanner().ejections();
+    EXPECT_EQ(scanner().ejections(), "CCA");
     EXPECT_TRUE(quiet());
 
     reader.EndReader();
@@ -360,7 +343,7 @@ TEST_F(ScanMark, RejectPrintsOffAndGoesToTheSelectStackerAndTheBatchEndAccepts)
     ASSERT_TRUE(reader.ReadBatch(false, 2, count));
     EXPECT_EQ(count, 2);
     EXPECT_TRUE(sent().ends_with("<ESC>EJCT A <CR><ESC>SRST<CR>"));
-    EXPECT_TRUE(eventually([&] { return scanner().commands().back() == "SRST"; }));
+    EXPECT_EQ(scanner().commands().back(), "SRST");
     EXPECT_EQ(scanner().ejections(), "A");
 }
 

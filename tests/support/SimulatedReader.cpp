@@ -131,11 +131,10 @@ std::vector<std::string> SimulatedReader::complaints() const
 
 void SimulatedReader::atWait(std::chrono::milliseconds after, std::function<void()> action)
 {
-    reader.SetYieldCallback(
-        [at = std::chrono::steady_clock::now() + after, action = std::move(action)]() mutable {
-            if (action && std::chrono::steady_clock::now() >= at)
-                std::exchange(action, nullptr)();
-        });
+    reader.SetYieldCallback([at = clock::now() + after, action = std::move(action)]() mutable {
+        if (action && clock::now() >= at)
+            std::exchange(action, nullptr)();
+    });
 }
 
 void cancel(SimulatedReader& s) { s.reader.CancelScan(true); }

@@ -73,6 +73,9 @@ public:
     HostScope errors;
 
 private:
+    // First in, last out: the simulators answer on memory lines in the reader's thread, on a
+    // virtual clock, so a case takes no real time and runs the same under any load.
+    sim::MemoryLines lines_;
     std::unique_ptr<sim::Peer> peer_; // outlives the reader, which closes its port on the way out
     std::string written_;
     std::size_t marked_ = 0;
