@@ -3,6 +3,7 @@
 #include "sim/Ser2net.h"
 #include "channel/ChannelPeers.h"
 #include "hardening/FaultSupport.h"
+#include "sim/SheetFile.h"
 #include "sim/Simulators.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "support/TestHost.h"
@@ -42,31 +43,21 @@ termios lineOf(const std::string& path)
 // The form the sample sheets are printed on, as zebreader scan sets it up.
 void formFor(clsZEBReader& reader, const std::vector<sim::Sheet>& sheets)
 {
-    std::size_t rows1 = 0, cols1 = 0, rows2 = 0, cols2 = 0;
-    bool barcodes = false;
-    for (const auto& s : sheets) {
-        rows1 = std::max(rows1, s.side1.size());
-        rows2 = std::max(rows2, s.side2.size());
-        for (const auto& r : s.side1)
-            cols1 = std::max(cols1, r.size());
-        for (const auto& r : s.side2)
-            cols2 = std::max(cols2, r.size());
-        barcodes = barcodes || !s.barcodes.empty();
-    }
+    const auto size = sim::measureSheets(sheets);
     auto one = [](std::size_t v) {
         auto a = SafeArray<int16_t>::vector(0, 1);
         a(1) = static_cast<int16_t>(v);
         return a;
     };
-    reader.Side1Rows(one(rows1));
-    reader.Side1Cols(one(cols1));
-    reader.Side2Rows(one(rows2));
-    reader.Side2Cols(one(cols2));
-    if (rows2 > 0) {
+    reader.Side1Rows(one(size.rows1));
+    reader.Side1Cols(one(size.cols1));
+    reader.Side2Rows(one(size.rows2));
+    reader.Side2Cols(one(size.cols2));
+    if (size.rows2 > 0) {
         reader.Duplex(true);
         reader.DuplexForm(true);
     }
-    reader.Barcode(barcodes);
+    reader.Barcode(size.barcodes);
 }
 
 struct Ser2netBatch : ::testing::TestWithParam<std::tuple<int, Mode>> {};

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 #include <poll.h>
+#include <regex>
 #include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -141,6 +142,76 @@ std::string TempDir::write(const std::string& name, const std::string& text) con
 {
     std::ofstream(file(name), std::ios::binary) << text;
     return file(name);
+}
+
+namespace {
+
+std::string atDir(std::string text, const std::string& dir)
+{
+    for (auto at = text.find("$D"); at != std::string::npos; at = text.find("$D", at + dir.size()))
+        text.replace(at, 2, dir);
+    return text;
+}
+
+} // namespace
+
+ToolRun ZebreaderTool::tool(const std::string& line) const
+{
+    std::vector<std::string> words{""};
+    bool quoted = false;
+    for (const char c : atDir(line, dir.path())) {
+        if (c == '\'')
+            quoted = !quoted;
+        else if (c == ' ' && !quoted)
+            words.emplace_back();
+        else
+            words.back() += c;
+    }
+    ToolRun run;
+    run.cwd = dir.path();
+    run.env["ZEBREADER_REGISTRY"] = dir.file("registry");
+    auto w = words.begin();
+    for (; w != words.end() && w->find('=') != std::string::npos; ++w)
+        run.env[w->substr(0, w->find('='))] = w->substr(w->find('=') + 1);
+    EXPECT_TRUE(w != words.end() && (*w == "zebreader" || *w == "zebreader-sim")) << line;
+    run.binary = w != words.end() && *w == "zebreader" ? ZEBREADER_TOOL : ZEBREADER_SIM_TOOL;
+    for (++w; w < words.end(); ++w) {
+        if (*w == "2>tty")
+            run.stderrTerminal = true;
+        else if (*w == "^C")
+            run.whileRunning = [sent = false](const std::string& out, pid_t pid) mutable {
+                if (!sent && out.find('\n') != std::string::npos)
+                    sent = kill(pid, SIGINT) == 0;
+            };
+        else
+            run.args.push_back(*w);
+    }
+    return run;
+}
+
+std::vector<nlohmann::json> ZebreaderTool::jsonLines(const std::string& text)
+{
+    std::vector<nlohmann::json> out;
+    for (const auto& line : lines(text)) {
+        out.push_back(nlohmann::json::parse(line, nullptr, false));
+        EXPECT_FALSE(out.back().is_discarded()) << line;
+    }
+    return out;
+}
+
+void ZebreaderTool::expectText(const std::string& text, const std::vector<std::string>& want) const
+{
+    for (const auto& w : want) {
+        const std::string part = atDir(w.substr(w.find_first_of("=~!") == 0), dir.path());
+        if (w[0] == '!')
+            EXPECT_EQ(text.find(part), std::string::npos) << part << " in\n" << text;
+        else if (w[0] == '=')
+            EXPECT_EQ(text, part);
+        else if (w[0] == '~')
+            EXPECT_TRUE(std::regex_search(text, std::regex(part))) << "no " << part << " in\n" << text;
+        else
+            EXPECT_NE(text.find(part), std::string::npos) << "no " << part << " in\n" << text;
+    }
 }
 
 std::string readFile(const std::string& path)
