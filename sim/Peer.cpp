@@ -1,6 +1,10 @@
 #include "sim/Peer.h"
 
+#include "channel/MemoryLine.h"
+#include "core/basError.h"
+
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <ctime>
@@ -33,10 +37,134 @@ std::string joined(const std::vector<Received>& chunks)
     return all;
 }
 
+thread_local Transport threadTransport = Transport::Pty;
+
 } // namespace
 
-Peer::Peer()
+Transport defaultTransport() { return threadTransport; }
+
+MemoryLines::MemoryLines() : previous_(threadTransport) { threadTransport = Transport::Memory; }
+
+MemoryLines::~MemoryLines() { threadTransport = previous_; }
+
+// The driver's end of a memory line. Every call first brings the line up to the clock.
+class Peer::MemoryPort final : public SerialBackend {
+public:
+    explicit MemoryPort(std::shared_ptr<Peer*> peer) : peer_(std::move(peer)) {}
+    ~MemoryPort() override
+    {
+        if (Peer* p = *peer_) {
+            std::lock_guard lock(p->mutex_);
+            p->portOpen_ = false;
+        }
+    }
+
+    void apply(const LineSettings& s, int) override
+    {
+        Peer& p = live();
+        const double bits = 1.0 + s.dataBits + (s.parity == 'N' ? 0.0 : 1.0) + s.stopBits;
+        std::lock_guard lock(p.mutex_);
+        p.lineCharTime_ = duration_cast<Clock::duration>(duration<double>(bits / s.baud));
+    }
+
+    std::size_t readAvailable(std::string& into) override
+    {
+        Peer& p = live();
+        std::lock_guard lock(p.mutex_);
+        const std::size_t n = p.line_.size();
+        into += p.line_;
+        p.line_.clear();
+        return n;
+    }
+
+    std::size_t pendingCount() override
+    {
+        Peer& p = live();
+        std::lock_guard lock(p.mutex_);
+        return p.line_.size();
+    }
+
+    void write(std::string_view bytes, std::size_t& written) override
+    {
+        written = 0;
+        live().deliver(bytes);
+        written = bytes.size();
+    }
+
+    bool waitReadable(milliseconds timeout, WakeSignal& wake) override
+    {
+        if (pendingCount() > 0)
+            return true;
+        clock::VirtualClock* virtualTime = clock::virtualClock();
+        const auto limit = timeout.count() < 0 ? Clock::time_point::max() : clock::now() + timeout;
+        for (;;) {
+            const auto next = live().nextDue();
+            if (!virtualTime) {
+                const auto until = std::min(next, limit);
+                wake.wait(until == Clock::time_point::max()
+                              ? milliseconds(-1)
+                              : std::max(milliseconds(0), ceil<milliseconds>(until - clock::now())));
+                return pendingCount() > 0;
+            }
+            if (next > limit) {
+                if (timeout.count() < 0)
+                    throw std::logic_error("a wait without limit on a memory line where nothing will come");
+                virtualTime->advanceTo(limit);
+                return pendingCount() > 0;
+            }
+            virtualTime->advanceTo(next);
+            const bool acted = (*peer_) && (*peer_)->pump();
+            if (pendingCount() > 0)
+                return true;
+            // An action stands for another thread, which would have woken the wait.
+            if (acted)
+                return false;
+        }
+    }
+
+private:
+    Peer& live()
+    {
+        Peer* p = *peer_;
+        if (!p)
+            err::raise(err::PortIo);
+        p->pump();
+        std::lock_guard lock(p->mutex_);
+        if (p->hungUp_)
+            err::raise(err::PortIo);
+        return *p;
+    }
+
+    std::shared_ptr<Peer*> peer_;
+};
+
+Peer::Peer(Transport transport) : memory_(transport == Transport::Memory)
 {
+    if (memory_) {
+        static std::atomic<int> lines{0};
+        const std::string name = "peer" + std::to_string(++lines);
+        path_ = "memory://" + name;
+        self_ = std::make_shared<Peer*>(this);
+        registerMemoryLine(name, [self = self_](const LineSettings& settings, int handshaking) {
+            Peer* p = *self;
+            if (!p)
+                err::raise(err::InvalidPortNumber);
+            {
+                std::lock_guard lock(p->mutex_);
+                if (p->hungUp_)
+                    err::raise(err::InvalidPortNumber);
+                if (p->portOpen_)
+                    err::raise(err::PortAlreadyOpen);
+                // A freshly opened port holds nothing from before.
+                p->line_.clear();
+                p->portOpen_ = true;
+            }
+            auto port = std::make_unique<MemoryPort>(self);
+            port->apply(settings, handshaking);
+            return port;
+        });
+        return;
+    }
     try {
         master_ = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
         if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0)
@@ -65,6 +193,10 @@ Peer::Peer()
 Peer::~Peer()
 {
     stop();
+    if (memory_) {
+        registerMemoryLine(path_.substr(path_.find("//") + 2), {});
+        *self_ = nullptr;
+    }
     closeFd(slave_);
     closeFd(master_);
     closeFd(wakeFd_);
@@ -76,7 +208,8 @@ void Peer::start()
     if (running_)
         return;
     running_ = true;
-    io_ = std::thread([this] { run(); });
+    if (!memory_)
+        io_ = std::thread([this] { run(); });
 }
 
 void Peer::stop()
@@ -95,6 +228,8 @@ void Peer::stop()
 
 void Peer::wake() const
 {
+    if (memory_)
+        return;
     const uint64_t one = 1;
     [[maybe_unused]] auto n = ::write(wakeFd_, &one, sizeof one);
 }
@@ -151,9 +286,105 @@ void Peer::run()
     }
 }
 
+Peer::Clock::time_point Peer::now() const { return memory_ ? clock::now() : Clock::now(); }
+
+void Peer::deliver(std::string_view bytes)
+{
+    {
+        std::lock_guard lock(mutex_);
+        if (recording_)
+            received_.push_back({now(), std::string(bytes)});
+        receivedTotal_ += bytes.size();
+    }
+    {
+        std::lock_guard state(stateMutex);
+        onReceive(bytes);
+    }
+    pump();
+}
+
+bool Peer::pump()
+{
+    bool acted = false;
+    for (;;) {
+        std::unique_lock lock(mutex_);
+        if (hangRequested_ && !hungUp_)
+            closeLine();
+        const auto t = now();
+        if (!hungUp_) {
+            bool wantWrite = false;
+            writeDue(wantWrite);
+            if (!babble_.empty() && outbox_.empty()) {
+                const auto charTime = std::max(lineCharTime_, Clock::duration(1));
+                babbleDue_ = std::max(babbleDue_, t - charTime * 4096);
+                std::string burst;
+                for (; babbleDue_ <= t; babbleDue_ += charTime) {
+                    burst += babble_[babbleAt_];
+                    babbleAt_ = (babbleAt_ + 1) % babble_.size();
+                }
+                std::size_t done = 0;
+                if (!burst.empty())
+                    writeRaw(burst, done);
+            }
+        }
+        for (auto& h : hooks_)
+            if (!h.due && (h.onSent ? sentTotal_ : receivedTotal_) >= h.total)
+                h.due = t + h.after;
+        auto first = hooks_.end();
+        for (auto h = hooks_.begin(); h != hooks_.end(); ++h)
+            if (h->due && *h->due <= t && (first == hooks_.end() || *h->due < *first->due))
+                first = h;
+        if (first == hooks_.end())
+            return acted;
+        Action action = std::move(first->action);
+        hooks_.erase(first);
+        lock.unlock();
+        action();
+        acted = true;
+    }
+}
+
+Peer::Clock::time_point Peer::nextDue()
+{
+    std::lock_guard lock(mutex_);
+    auto next = Clock::time_point::max();
+    if (hangRequested_ && !hungUp_)
+        next = now();
+    if (!hungUp_ && !outbox_.empty() && headStarted_)
+        next = std::min(next, headDue_);
+    if (!hungUp_ && outbox_.empty() && !babble_.empty())
+        next = std::min(next, babbleDue_);
+    for (const auto& h : hooks_)
+        if (h.due)
+            next = std::min(next, *h.due);
+    return next;
+}
+
+void Peer::whenSent(std::size_t total, Action action, milliseconds after)
+{
+    std::lock_guard lock(mutex_);
+    hooks_.push_back({true, total, after, std::move(action), std::nullopt});
+}
+
+void Peer::whenReceived(std::size_t total, Action action, milliseconds after)
+{
+    std::lock_guard lock(mutex_);
+    hooks_.push_back({false, total, after, std::move(action), std::nullopt});
+}
+
+std::size_t Peer::sentCount() const
+{
+    std::lock_guard lock(mutex_);
+    return sentTotal_;
+}
+
 bool Peer::writeRaw(std::string_view bytes, std::size_t& done)
 {
     done = 0;
+    if (memory_) {
+        line_.append(bytes);
+        done = bytes.size();
+    }
     while (done < bytes.size()) {
         const ssize_t n = ::write(master_, bytes.data() + done, bytes.size() - done);
         if (n > 0) {
@@ -167,15 +398,16 @@ bool Peer::writeRaw(std::string_view bytes, std::size_t& done)
             return true;
         }
     }
+    sentTotal_ += done;
     if (done > 0 && recording_)
-        sent_.push_back({Clock::now(), std::string(bytes.substr(0, done))});
+        sent_.push_back({now(), std::string(bytes.substr(0, done))});
     return done == bytes.size();
 }
 
 Peer::Clock::time_point Peer::writeDue(bool& wantWrite)
 {
     constexpr auto never = Clock::time_point::max();
-    const auto now = Clock::now();
+    const auto now = this->now();
     const auto charTime = duration_cast<Clock::duration>(duration<double>(charSeconds_));
 
     if (!injected_.empty()) {
@@ -245,7 +477,7 @@ Peer::Clock::time_point Peer::writeDue(bool& wantWrite)
         headStarted_ = false;
         changed_.notify_all();
     }
-    if (!babble_.empty()) {
+    if (!babble_.empty() && !memory_) {
         // Keep the line full, the pattern unbroken across short writes; a bounded number of
         // writes per turn keeps the driver's bytes coming in.
         for (int i = 0; i < 16; ++i) {
@@ -267,6 +499,7 @@ void Peer::closeLine()
     hungUp_ = true;
     outbox_.clear();
     injected_.clear();
+    line_.clear();
     headStarted_ = false;
     changed_.notify_all();
 }
@@ -323,6 +556,8 @@ void Peer::clearReceived()
 bool Peer::waitReceived(std::size_t count, milliseconds timeout) const
 {
     std::unique_lock lock(mutex_);
+    if (memory_) // only the driver's own thread can send more
+        return receivedTotal_ >= count;
     return changed_.wait_for(lock, timeout, [&] { return receivedTotal_ >= count; });
 }
 
@@ -340,6 +575,26 @@ std::vector<Received> Peer::sentChunks() const
 
 bool Peer::waitIdle(milliseconds timeout) const
 {
+    if (memory_) {
+        // Lets the line's time run until the replies are out.
+        auto& self = const_cast<Peer&>(*this);
+        const auto until = now() + timeout;
+        for (;;) {
+            self.pump();
+            {
+                std::lock_guard lock(mutex_);
+                if (hungUp_ || (outbox_.empty() && injected_.empty()))
+                    return true;
+            }
+            const auto next = std::min(self.nextDue(), until);
+            if (next >= until && now() >= until)
+                return false;
+            if (auto* v = clock::virtualClock())
+                v->advanceTo(next);
+            else
+                std::this_thread::sleep_until(next);
+        }
+    }
     std::unique_lock lock(mutex_);
     return changed_.wait_for(lock, timeout,
                              [&] { return hungUp_ || (outbox_.empty() && injected_.empty()); });
@@ -379,6 +634,7 @@ void Peer::babble(std::string_view pattern)
         std::lock_guard lock(mutex_);
         babble_.clear();
         babbleAt_ = 0;
+        babbleDue_ = now();
         while (!pattern.empty() && babble_.size() < 4096)
             babble_ += pattern;
     }
@@ -407,6 +663,10 @@ void Peer::hangUp()
     std::unique_lock lock(mutex_);
     if (hungUp_)
         return;
+    if (memory_) {
+        closeLine();
+        return;
+    }
     outbox_.clear();
     headStarted_ = false;
     if (!running_ || onIoThread()) {

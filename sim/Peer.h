@@ -6,13 +6,24 @@
 // delay and, in paced mode, at the line rate. Faults act on the replies: silence drops
 // them, a stall lets a given number of bytes through and then drops the rest, garbling
 // replaces bytes with noise, a hang-up closes the line so that the driver sees it go.
+//
+// On a memory line (Transport::Memory) there is no pty and no thread: the driver opens
+// memory://peer<n>, the peer answers inside the driver's write and delivers each reply when
+// the driver looks at or waits on the line at or after its time. Under a VirtualClock such a
+// wait moves time straight on to the next reply (or action), so nothing takes real time. A
+// babble there goes at the rate the driver set on the line.
 #pragma once
+
+#include "channel/Clock.h"
 
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
+#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -26,14 +37,34 @@ struct Received {
     std::string bytes;
 };
 
+enum class Transport { Pty, Memory };
+
+/// For its life, peers made on this thread without a transport of their own use memory
+/// lines, and the thread's time is virtual.
+class MemoryLines {
+public:
+    MemoryLines();
+    ~MemoryLines();
+    MemoryLines(const MemoryLines&) = delete;
+    MemoryLines& operator=(const MemoryLines&) = delete;
+    clock::VirtualClock& clock() { return clock_; }
+
+private:
+    clock::VirtualClock clock_;
+    Transport previous_;
+};
+
+/// The transport peers made on this thread take by default.
+Transport defaultTransport();
+
 class Peer {
 public:
-    Peer();
+    explicit Peer(Transport transport = defaultTransport());
     virtual ~Peer();
     Peer(const Peer&) = delete;
     Peer& operator=(const Peer&) = delete;
 
-    /// Device path the driver opens (the pseudo-terminal's slave side).
+    /// Device path the driver opens (the pseudo-terminal's slave side, or memory://peer<n>).
     const std::string& path() const { return path_; }
 
     /// Everything the driver sent so far, in order.
@@ -73,6 +104,16 @@ public:
     /// Writes bytes at once, ahead of queued replies and outside every fault and the pacing.
     void inject(std::string_view bytes);
 
+    // Actions at a point of the conversation, on a memory line only: run in the driver's
+    // thread as if another thread acted at that moment (the driver's wait ends).
+    using Action = std::function<void()>;
+    /// Runs `action` `after` the peer has put `total` bytes on the line in all.
+    void whenSent(std::size_t total, Action action, std::chrono::milliseconds after = {});
+    /// Runs `action` `after` the driver has sent `total` bytes in all.
+    void whenReceived(std::size_t total, Action action, std::chrono::milliseconds after = {});
+    /// Bytes put on the line so far in all, recorded or not.
+    std::size_t sentCount() const;
+
     /// Paces replies at the line rate: `bitsPerChar` bit times (start, data, parity, stop) at
     /// `baud`; a baud of 0 ends pacing.
     void setPaced(int32_t baud, double bitsPerChar);
@@ -86,6 +127,8 @@ protected:
     void send(std::string_view bytes);
     /// Queues a reply to go out `delay` after the previous one.
     void sendAfter(std::chrono::milliseconds delay, std::string_view bytes);
+    /// The line's time: the thread's clock on a memory line.
+    std::chrono::steady_clock::time_point now() const;
     /// Serialises the simulator's state between its thread and the test's.
     mutable std::recursive_mutex stateMutex;
 
@@ -101,8 +144,21 @@ private:
         bool hangUp = false;
     };
     using Clock = std::chrono::steady_clock;
+    class MemoryPort;
+    struct Hook {
+        bool onSent;
+        std::size_t total;
+        std::chrono::milliseconds after;
+        Action action;
+        std::optional<Clock::time_point> due;
+    };
 
     void run();
+    // Memory line: what the driver sent; what is due by now onto the line (True when an
+    // action ran); when the next thing is due.
+    void deliver(std::string_view bytes);
+    bool pump();
+    Clock::time_point nextDue();
     void wake() const;
     // With mutex_ held: writes what is due; returns when the next write is due (or max()).
     Clock::time_point writeDue(bool& wantWrite);
@@ -110,6 +166,7 @@ private:
     void closeLine();
     bool onIoThread() const { return std::this_thread::get_id() == io_.get_id(); }
 
+    const bool memory_;
     int master_ = -1;
     int slave_ = -1;
     int wakeFd_ = -1;
@@ -140,6 +197,15 @@ private:
     bool hangRequested_ = false;
     bool hungUp_ = false;
     double charSeconds_ = 0.0;
+    std::size_t sentTotal_ = 0;
+    // Memory line: the bytes on their way to the driver, whether the driver has it open, the
+    // line's character time (for a babble), and when the babble's next byte is due.
+    std::string line_;
+    bool portOpen_ = false;
+    Clock::duration lineCharTime_{};
+    Clock::time_point babbleDue_{};
+    std::vector<Hook> hooks_;
+    std::shared_ptr<Peer*> self_;
 };
 
 /// Points COM port `port` at a device path for this process (ZEBREADER_COM<port>).

@@ -194,7 +194,7 @@ void ChatsworthSimulator::onReceive(std::string_view bytes)
     }
 }
 
-bool ChatsworthSimulator::busy() const { return std::chrono::steady_clock::now() < busyUntil_; }
+bool ChatsworthSimulator::busy() const { return now() < busyUntil_; }
 
 void ChatsworthSimulator::handleFrame(const std::string& frame)
 {
@@ -313,8 +313,7 @@ void ChatsworthSimulator::feedIfWaiting()
     while (enabled_ && !holding_ && !jammed_ && !sheets_.empty()) {
         const Sheet sheet = std::move(sheets_.front());
         sheets_.pop_front();
-        const auto now = std::chrono::steady_clock::now();
-        busyUntil_ = std::max(now, busyUntil_) + feedDelay_;
+        busyUntil_ = std::max(now(), busyUntil_) + feedDelay_;
         if (flags_ & feedControl)
             enabled_ = false;
         // Without a conversion the card goes through and nothing is sent.

@@ -1,5 +1,6 @@
 #include "channel/Waits.h"
 
+#include "channel/Clock.h"
 #include "channel/frmComm.h"
 
 namespace zebreader81::wait {
@@ -73,8 +74,8 @@ std::string takeWaiting(SerialControl& com)
 void drain(SerialControl& com, std::chrono::milliseconds limit)
 {
     try {
-        const auto until = std::chrono::steady_clock::now() + limit;
-        while (com.InBufferCount() > 0 && std::chrono::steady_clock::now() < until)
+        const auto until = clock::now() + limit;
+        while (com.InBufferCount() > 0 && clock::now() < until)
             com.Input();
         if (com.InBufferCount() == 0)
             com.purgeInput();

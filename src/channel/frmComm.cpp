@@ -1,9 +1,10 @@
 #include "channel/frmComm.h"
 
+#include "channel/Clock.h"
+#include "channel/MemoryLine.h"
 #include "core/basError.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace zebreader81 {
 
@@ -62,7 +63,10 @@ void SerialControl::PortOpen(bool value)
         return;
     }
     if (value) {
-        backend_ = openSerialDevice(resolvePortPath(commPort_), LineSettings::parse(settings_), handshaking_);
+        const auto path = resolvePortPath(commPort_);
+        const auto line = LineSettings::parse(settings_);
+        backend_ = isMemoryLine(path) ? openMemoryLine(path, line, handshaking_)
+                                      : openSerialDevice(path, line, handshaking_);
     } else {
         backend_.reset();
     }
@@ -89,7 +93,7 @@ std::size_t SerialControl::fillBuffer()
     const std::size_t got = port.readAvailable(buffer_);
     // The read took all the OS held: that is a look too.
     osPending_ = 0;
-    lastLook_ = steady_clock::now();
+    lastLook_ = clock::now();
     if (got > 0 && trace_)
         trace_(false, buffer_.substr(before));
     return got;
@@ -103,7 +107,7 @@ int16_t SerialControl::InBufferCount()
     // have missed a character the line delivered since, so it stands: a driver that reads one
     // byte at a time and counts before each then costs no system call per byte. An empty
     // buffer always looks, so a wait never misses the first byte.
-    const auto now = steady_clock::now();
+    const auto now = clock::now();
     if (buffered == 0 || now - lastLook_ >= charTime_) {
         osPending_ = port.pendingCount();
         lastLook_ = now;
@@ -161,14 +165,14 @@ bool SerialControl::waitReadable(milliseconds timeout, WakeSignal& wake)
 
 // --- OneShotTimer ------------------------------------------------------------------------
 
-bool OneShotTimer::Enabled() const { return deadline_ && Clock::now() < *deadline_; }
+bool OneShotTimer::Enabled() const { return deadline_ && clock::now() < *deadline_; }
 
 void OneShotTimer::Enabled(bool value)
 {
     if (!value)
         deadline_.reset();
     else if (!Enabled())
-        deadline_ = Clock::now() + milliseconds(std::max<int32_t>(interval_, 0));
+        deadline_ = clock::now() + milliseconds(std::max<int32_t>(interval_, 0));
 }
 
 // --- frmComm -----------------------------------------------------------------------------
@@ -185,11 +189,7 @@ void frmComm::Unload()
 
 void frmComm::Wake() { wake_.set(); }
 
-void frmComm::Sleep(int64_t ms)
-{
-    if (ms > 0)
-        std::this_thread::sleep_for(milliseconds(ms));
-}
+void frmComm::Sleep(int64_t ms) { clock::sleepFor(milliseconds(ms)); }
 
 void frmComm::DoEvents(std::optional<milliseconds> pace)
 {
@@ -202,7 +202,7 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
     // not look), and waking at once for it again would spin.
     if (tmrScan.Enabled()) {
         // Rounded up so that the timer has run out when the wait returns.
-        limit(ceil<milliseconds>(*tmrScan.deadline() - OneShotTimer::Clock::now()));
+        limit(ceil<milliseconds>(*tmrScan.deadline() - clock::now()));
     }
     if (pace && pace->count() > 0)
         limit(*pace);
@@ -216,6 +216,8 @@ void frmComm::DoEvents(std::optional<milliseconds> pace)
     if (!arrived) {
         if (mscComm.PortOpen())
             drainWake = !mscComm.waitReadable(timeout, wake_);
+        else if (auto* virtualTime = clock::virtualClock(); virtualTime && timeout.count() >= 0)
+            virtualTime->advance(timeout);
         else
             wake_.wait(timeout);
     }

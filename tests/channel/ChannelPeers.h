@@ -12,7 +12,7 @@ namespace zebreader81::test {
 /// A peer the test drives by hand: it answers nothing by itself.
 class LinePeer : public sim::Peer {
 public:
-    LinePeer() { start(); }
+    explicit LinePeer(sim::Transport transport = sim::defaultTransport()) : Peer(transport) { start(); }
     ~LinePeer() override { stop(); }
     void reply(std::string_view bytes) { send(bytes); }
     void replyAfter(std::chrono::milliseconds delay, std::string_view bytes) { sendAfter(delay, bytes); }

@@ -1,4 +1,5 @@
-// The port probe and firmware query, the reader's Locate and Firmware, and the input flush.
+// The port probe and firmware query, the reader's Locate and Firmware, and the input flush, on
+// memory lines and a virtual clock.
 #include "channel/ChannelPeers.h"
 #include "channel/frmComm.h"
 #include "drivers/ReaderAccess.h"
@@ -16,6 +17,7 @@ using namespace std::chrono_literals;
 const std::string GCR{'G', '\r'};
 
 struct Probe : ::testing::Test {
+    sim::MemoryLines lines;
     HostScope errors;
     PortMap ports;
     clsZEBReader reader;

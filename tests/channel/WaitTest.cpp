@@ -1,23 +1,27 @@
-// The wait idiom: the one-shot timer, DoEvents blocking instead of spinning, cancel, hang-up.
+// The wait idiom on a memory line and a virtual clock: the one-shot timer, DoEvents blocking
+// instead of spinning, cancel, hang-up; and the clock seam itself.
 #include "channel/ChannelPeers.h"
+#include "channel/Clock.h"
+#include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 #include "drivers/ReaderAccess.h"
 #include "support/TestHost.h"
 
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace zebreader81::test {
 namespace {
 
 using namespace std::chrono_literals;
-using Clock = std::chrono::steady_clock;
 
 struct Wait : ::testing::Test {
+    sim::MemoryLines lines;
+    clock::VirtualClock& time = lines.clock();
     PortMap ports;
     LinePeer peer;
-    frmComm fc;
+    clsZEBReader reader;
+    frmComm& fc = Reader::fComm(reader);
     SerialControl& com = fc.mscComm;
     Wait()
     {
@@ -25,170 +29,110 @@ struct Wait : ::testing::Test {
         com.CommPort(2);
         com.PortOpen(true);
     }
-    // The drivers' idiom; returns the number of turns, -1 on time-out.
-    int waitFor(int n, std::optional<std::chrono::milliseconds> pace = std::nullopt)
+    // The drivers' idiom, with or without the timer; returns the number of turns, -1 when the
+    // timer ran out and -2 on CancelScan.
+    int waitFor(int n, std::optional<std::chrono::milliseconds> pace = std::nullopt, bool timer = true)
     {
         int turns = 0;
-        fc.tmrScan.Enabled(true);
+        fc.tmrScan.Enabled(timer);
         while (com.InBufferCount() < n) {
+            if (timer && !fc.tmrScan.Enabled())
+                return -1;
             fc.DoEvents(pace);
             ++turns;
-            if (!fc.tmrScan.Enabled())
-                return -1;
+            if (reader.CancelScan())
+                return -2;
         }
         fc.tmrScan.Enabled(false);
         return turns;
     }
 };
 
-TEST_F(Wait, SilentPortTimesOutAfterTheIntervalWithoutSpinning)
+TEST_F(Wait, ASilentPortTimesOutOnTheIntervalAndEachTurnWaitsItsPace)
 {
-    fc.tmrScan.Interval(1000);
-    const auto start = Clock::now();
-    fc.tmrScan.Enabled(true);
-    int turns = 0;
-    while (com.InBufferCount() == 0 && fc.tmrScan.Enabled()) {
-        fc.DoEvents();
-        ++turns;
+    struct Case {
+        int32_t interval;
+        std::optional<std::chrono::milliseconds> pace;
+        int turns; // a spinning wait would turn many thousand times
+    };
+    for (const Case& c : {Case{1000, std::nullopt, 1}, Case{500, 5ms, 100}, Case{300, 0ms, 1}}) {
+        SCOPED_TRACE(c.interval);
+        fc.tmrScan.Interval(c.interval);
+        const auto start = time.now();
+        int turns = 0;
+        fc.tmrScan.Enabled(true);
+        while (com.InBufferCount() == 0 && fc.tmrScan.Enabled()) {
+            fc.DoEvents(c.pace);
+            ++turns;
+        }
+        EXPECT_EQ(time.now() - start, std::chrono::milliseconds(c.interval));
+        EXPECT_EQ(turns, c.turns);
     }
-    EXPECT_FALSE(fc.tmrScan.Enabled());
-    EXPECT_GE(Clock::now() - start, 1000ms) << "the timer ran out early";
-    EXPECT_LE(turns, 3) << "an unpaced wait blocks until the timer runs out";
-
-    // A paced wait wakes once per pace at most; a spinning one would turn many thousand times.
-    fc.tmrScan.Interval(500);
-    fc.tmrScan.Enabled(true);
-    turns = 0;
-    while (com.InBufferCount() == 0 && fc.tmrScan.Enabled()) {
-        fc.DoEvents(5ms);
-        ++turns;
-    }
-    EXPECT_LE(turns, 500 / 5 + 20);
-    // A pace of zero (SleepTime 0) must not turn into a busy loop either.
-    fc.tmrScan.Interval(300);
-    fc.tmrScan.Enabled(true);
-    turns = 0;
-    while (fc.tmrScan.Enabled()) {
-        fc.DoEvents(0ms);
-        ++turns;
-    }
-    EXPECT_LE(turns, 3);
+    EXPECT_EQ(wait::awaitBytes(fc, 1), wait::Outcome::TimedOut);
+    EXPECT_FALSE(wait::byteWithin(fc, 20ms));
+    EXPECT_EQ(wait::waitingAfter(com, 250), 0);
+    EXPECT_EQ(time.elapsed(), 1800ms + 300ms + 20ms + 250ms) << "each wait takes its time, and only that";
 }
 
-TEST_F(Wait, DoEventsReturnsAtOnceForInputAlreadyThere)
+TEST_F(Wait, InputEndsTheWaitWhenItComes)
 {
+    fc.tmrScan.Interval(30000);
+    fc.tmrScan.Enabled(true);
     peer.reply("ABCD");
-    ASSERT_TRUE(peer.waitIdle(5s));
-    fc.tmrScan.Interval(30000);
-    fc.tmrScan.Enabled(true);
-    fc.DoEvents(); // takes the four bytes into the buffer; must not then sit in poll
-    EXPECT_TRUE(fc.tmrScan.Enabled());
+    fc.DoEvents(); // input already there: taken into the buffer at once, no wait
+    EXPECT_EQ(time.elapsed(), 0ms);
     EXPECT_EQ(com.InBufferCount(), 4);
-}
-
-TEST_F(Wait, AReplyInPiecesEndsTheWaitWithoutATimeOut)
-{
-    fc.tmrScan.Interval(30000);
+    com.InputLen(0);
+    com.Input();
     peer.replyAfter(20ms, "AB");
     peer.replyAfter(20ms, "C");
     peer.replyAfter(20ms, "D");
     const int turns = waitFor(4);
     EXPECT_GT(turns, 0);
-    EXPECT_LE(turns, 8);
-    com.InputLen(0);
+    EXPECT_LE(turns, 6);
+    EXPECT_EQ(time.elapsed(), 60ms) << "each piece ends a turn when it comes";
     EXPECT_EQ(com.Input(), "ABCD");
 }
 
-TEST_F(Wait, HangUpDuringAWaitIsAReportedRunTimeError)
+TEST_F(Wait, AHangUpEndsAnyWaitAndIsAReportedRunTimeError)
 {
     HostScope errors;
     fc.tmrScan.Interval(30000);
     peer.hangUpAfter(50ms);
-    const bool ok = trap("ZEBReader81 - basTest.Wait", false, [&] { return waitFor(1) > 0; });
-    EXPECT_FALSE(ok);
+    EXPECT_FALSE(trap("ZEBReader81 - basTest.Wait", false, [&] { return waitFor(1) > 0; }));
     const auto& r = errors.host->only();
     EXPECT_EQ(r.number, err::PortIo);
     EXPECT_EQ(r.kind, 0);
     EXPECT_EQ(r.location, "basTest.Wait");
     EXPECT_EQ(r.description, err::description(err::PortIo));
-
+    for (auto use :
+         std::initializer_list<std::function<void()>>{[&] { fc.DoEvents(); }, [&] { com.InBufferCount(); },
+                                                      [&] { com.Input(); }, [&] { com.Output("x"); }})
+        EXPECT_THROW(use(), RuntimeError);
     // The port can still be closed; the device is gone for good.
     com.PortOpen(false);
     EXPECT_THROW(com.PortOpen(true), RuntimeError);
 }
 
-TEST_F(Wait, HangUpWhileWaitingWithoutATimerAndWhileReading)
+TEST_F(Wait, CancelScanEndsAWaitWithoutTimerEvenWhenAnEarlierWaitTookTheWake)
 {
-    peer.hangUpAfter(50ms);
-    // No timer: only input, cancel or the hang-up can end this.
-    EXPECT_THROW(
-        {
-            while (com.InBufferCount() == 0)
-                fc.DoEvents();
-        },
-        RuntimeError);
-    EXPECT_THROW(com.InBufferCount(), RuntimeError);
-    EXPECT_THROW(com.Input(), RuntimeError);
-    EXPECT_THROW(com.Output("x"), RuntimeError);
-}
+    peer.whenReceived(
+        0, [&] { reader.CancelScan(true); }, 50ms);
+    EXPECT_EQ(waitFor(1, std::nullopt, false), -2);
+    EXPECT_EQ(time.elapsed(), 50ms);
 
-TEST(WaitCancel, CancelScanFromAnotherThreadEndsAWaitWithoutTimer)
-{
-    PortMap ports;
-    LinePeer peer;
-    ports.map(1, peer.path());
-    clsZEBReader reader;
-    auto& fc = Reader::fComm(reader);
-    fc.mscComm.CommPort(1);
-    fc.mscComm.PortOpen(true);
-    std::thread host([&] {
-        std::this_thread::sleep_for(50ms);
-        reader.CancelScan(true);
-    });
-    bool cancelled = false;
-    while (fc.mscComm.InBufferCount() == 0) {
-        fc.DoEvents();
-        if (reader.CancelScan()) {
-            cancelled = true;
-            break;
-        }
-    }
-    host.join();
-    EXPECT_TRUE(cancelled);
-}
-
-TEST(WaitCancel, ACancelSeenByAnEarlierTimedWaitStillEndsTheNextUntimedOne)
-{
-    PortMap ports;
-    LinePeer peer;
-    ports.map(1, peer.path());
-    clsZEBReader reader;
-    auto& fc = Reader::fComm(reader);
-    fc.mscComm.CommPort(1);
-    fc.mscComm.PortOpen(true);
-    // The cancel comes during a timed wait that does not look at it (an acknowledgement)...
+    // A cancel during a timed wait that does not look at it (an acknowledgement)...
+    reader.CancelScan(false);
+    peer.whenReceived(
+        0, [&] { reader.CancelScan(true); }, 20ms);
     fc.tmrScan.Interval(200);
     fc.tmrScan.Enabled(true);
-    std::thread host([&] {
-        std::this_thread::sleep_for(20ms);
-        reader.CancelScan(true);
-    });
-    while (fc.mscComm.InBufferCount() == 0 && fc.tmrScan.Enabled())
+    while (com.InBufferCount() == 0 && fc.tmrScan.Enabled())
         fc.DoEvents();
-    host.join();
-    // ...and the wait for a hand-fed sheet that follows must still end on it. The peer's late
-    // data only keeps a faulty build from hanging.
+    // ...still ends the wait for a hand-fed sheet that follows, not the late data.
     peer.replyAfter(3s, "x");
-    bool cancelled = false;
-    while (fc.mscComm.InBufferCount() == 0) {
-        fc.DoEvents();
-        if (reader.CancelScan()) {
-            cancelled = true;
-            break;
-        }
-    }
-    EXPECT_TRUE(cancelled);
-    EXPECT_EQ(fc.mscComm.InBufferCount(), 0) << "the wait ended on the late data, not on the cancel";
+    EXPECT_EQ(waitFor(1, std::nullopt, false), -2);
+    EXPECT_EQ(com.InBufferCount(), 0);
 }
 
 TEST_F(Wait, TheHostYieldRunsWhileWaiting)
@@ -197,26 +141,51 @@ TEST_F(Wait, TheHostYieldRunsWhileWaiting)
     fc.setYield([&] { ++yields; });
     fc.tmrScan.Interval(300);
     EXPECT_EQ(waitFor(1), -1);
-    EXPECT_GE(yields, 2) << "a long wait hands the host its turns";
+    EXPECT_EQ(yields, 6) << "a long wait hands the host its turns every 50 ms";
 }
 
 TEST(Timer, ReadsFalseOnceRunOutAndRestartsOnlyFromStopped)
 {
+    clock::VirtualClock time;
     OneShotTimer t;
     EXPECT_EQ(t.Interval(), 10000);
     EXPECT_FALSE(t.Enabled());
     t.Interval(60);
     t.Enabled(true);
     EXPECT_TRUE(t.Enabled());
-    std::this_thread::sleep_for(40ms);
+    frmComm::Sleep(40);
     t.Enabled(true); // still running: not restarted
-    std::this_thread::sleep_for(40ms);
+    frmComm::Sleep(20);
     EXPECT_FALSE(t.Enabled());
     t.Enabled(true); // ran out: starts again
     EXPECT_TRUE(t.Enabled());
     t.Enabled(false);
     EXPECT_FALSE(t.Enabled());
     EXPECT_FALSE(t.deadline().has_value());
+}
+
+TEST(Clock, IsTheSteadyClockUnlessThisThreadInstalledAVirtualOne)
+{
+    EXPECT_EQ(clock::virtualClock(), nullptr);
+    const auto before = std::chrono::steady_clock::now();
+    frmComm::Sleep(20);
+    EXPECT_GE(clock::now() - before, 20ms);
+    {
+        clock::VirtualClock outer;
+        {
+            clock::VirtualClock inner;
+            EXPECT_EQ(clock::virtualClock(), &inner);
+            frmComm::Sleep(3600 * 1000);
+            EXPECT_EQ(inner.elapsed(), 1h);
+            inner.advanceTo(inner.now() - 1s); // never back
+            EXPECT_EQ(inner.elapsed(), 1h);
+        }
+        EXPECT_EQ(clock::virtualClock(), &outer);
+        EXPECT_EQ(outer.elapsed(), 0s);
+        std::thread other([] { EXPECT_EQ(clock::virtualClock(), nullptr) << "one clock per thread"; });
+        other.join();
+    }
+    EXPECT_EQ(clock::virtualClock(), nullptr);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // 8000/8400. The form download is in basScantronForm.cpp.
 #include "drivers/scantron/basScantron.h"
 
+#include "channel/Clock.h"
 #include "channel/Waits.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
@@ -73,16 +74,15 @@ Transfer readPageSide(clsZEBReader& reader, SafeArray<int16_t>& side, int16_t ro
 void finishTransfer(clsZEBReader& reader)
 {
     auto& fc = Reader::fComm(reader);
-    using Clock = std::chrono::steady_clock;
-    auto quietUntil = Clock::now() + endQuiet;
-    while (fc.tmrScan.Enabled() && Clock::now() < quietUntil) {
+    auto quietUntil = clock::now() + endQuiet;
+    while (fc.tmrScan.Enabled() && clock::now() < quietUntil) {
         const auto left =
-            std::chrono::duration_cast<milliseconds>(quietUntil - Clock::now()) + milliseconds(1);
+            std::chrono::duration_cast<milliseconds>(quietUntil - clock::now()) + milliseconds(1);
         if (!wait::byteWithin(fc, left))
             continue;
         if (wait::takeByte(fc.mscComm) == scanmark::CR)
             break;
-        quietUntil = Clock::now() + endQuiet;
+        quietUntil = clock::now() + endQuiet;
     }
     FlushInputST(reader);
 }
