@@ -419,33 +419,27 @@ TEST_F(NetPort, Rfc2217SetsTheLineEscapesDataAndPurgesTheServersInput)
 
 TEST_F(NetPort, Rfc2217SettingsTheServerDoesNotConfirmAre8015)
 {
-    const auto confirmBut = [](uint8_t which, std::string instead) {
-        return [which, instead](uint8_t command, const std::string& value, int) {
-            return command != which  ? sb(command + 100, value)
-                   : instead.empty() ? ""
-                                     : sb(command + 100, instead);
-        };
-    };
     const struct {
-        std::function<void(TelnetScript&)> setUp;
+        uint8_t command; // answered with `instead` ("": not at all); the others are confirmed
+        std::string instead, greeting;
         int16_t handshaking;
         std::string reason;
     } cases[] = {
-        {[&](TelnetScript& s) {
-             s.answer = confirmBut(SetBaudRate, bytes({0, 0, 0x4b, 0}));
-         },
-         0, "the server answered SET-BAUDRATE 19200 to SET-BAUDRATE 9600"},
-        {[&](TelnetScript& s) { s.answer = confirmBut(SetDataSize, ""); }, 0,
-         "the server did not confirm SET-DATASIZE 8"},
-        {[](TelnetScript& s) {
-             s.greeting = bytes({IAC, DONT, 44});
-         },
-         0, "the server does not offer the COM port option (RFC 2217)"},
-        {[](TelnetScript&) {}, 3, "the COM port option cannot set XON/XOFF and RTS/CTS handshaking together"},
+        {SetBaudRate, bytes({0, 0, 0x4b, 0}), "", 0,
+         "the server answered SET-BAUDRATE 19200 to SET-BAUDRATE 9600"},
+        {SetDataSize, "", "", 0, "the server did not confirm SET-DATASIZE 8"},
+        {0, "", bytes({IAC, DONT, 44}), 0, "the server does not offer the COM port option (RFC 2217)"},
+        {0, "", "", 3, "the COM port option cannot set XON/XOFF and RTS/CTS handshaking together"},
     };
     for (const auto& c : cases) {
         TelnetScript script;
-        c.setUp(script);
+        script.answer = [&c](uint8_t command, const std::string& value, int) {
+            return command != c.command ? sb(command + 100, value)
+                   : c.instead.empty()  ? ""
+                                        : sb(command + 100, c.instead);
+        };
+        if (!c.greeting.empty())
+            script.greeting = c.greeting;
         FakeServer server(std::ref(script));
         const auto url = server.url("rfc2217");
         const auto [number, description] = openError(url, c.handshaking);

@@ -29,8 +29,7 @@ struct ToolRun {
     std::string cwd;
     /// Standard error goes to a pseudo-terminal, as at a desk; otherwise to a pipe.
     bool stderrTerminal = false;
-    /// Called while the tool runs, with everything written to stdout so far: each time more
-    /// arrives, and at least every 200 ms.
+    /// Called every 10 ms while the tool runs, with everything written to stdout so far.
     std::function<void(const std::string& out, pid_t pid)> whileRunning;
 
     /// Runs to the end (killed after 60 s, which fails the caller's expectations).

@@ -184,18 +184,17 @@ TEST_F(ZebreaderTool, LocateFindsTheEZDataScannerAndFirmwareAsksIt)
     sim::EZDataSimulator scanner;
     scanner.setFirmware("  EZData 2.14  ");
     const auto env = onlyPort(5, scanner.path());
-    auto r = run(env + "zebreader locate --model 23");
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "5\n");
-    r = run(env + "zebreader firmware --model 'Scantron EZData' --port 5");
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "EZData 2.14\n");
-    r = run("zebreader firmware --model 23 --device " + scanner.path());
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "EZData 2.14\n");
+    for (const auto& [line, out] :
+         {std::pair{env + "zebreader locate --model 23", "5\n"},
+          {env + "zebreader firmware --model 'Scantron EZData' --port 5", "EZData 2.14\n"},
+          {"zebreader firmware --model 23 --device " + scanner.path(), "EZData 2.14\n"}}) {
+        const auto r = run(line);
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.out, out);
+    }
     EXPECT_EQ(scanner.words(), (std::vector<std::string>{"probe", "V", "V"}));
 
-    r = run(onlyPort(0, "") + "zebreader locate --model 23 --start-port 3");
+    const auto r = run(onlyPort(0, "") + "zebreader locate --model 23 --start-port 3");
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.out, "");
     expectText(r.err, {"no Scantron EZData answered on ports 3, 1 to 16"});
