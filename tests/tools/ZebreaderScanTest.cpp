@@ -76,11 +76,16 @@ TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)
     EXPECT_NE(readFile(dir.file("trace.txt")).find(" > 0E "), std::string::npos);
 }
 
-// The sample sheets of `model` in json, as read from `device` (or the built-in simulator).
-void expectSamples(const ToolResult& r, int model)
+class ZebreaderFamily : public ZebreaderTool, public ::testing::WithParamInterface<int> {};
+
+TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
 {
+    const int model = GetParam();
+    const auto r =
+        run("zebreader scan --model " + std::to_string(model) + " --simulate --sleep 1 --timeout 2");
     ASSERT_EQ(r.status, 0) << r.err;
-    const auto lines = ZebreaderTool::jsonLines(r.out);
+    EXPECT_EQ(r.err, "");
+    const auto lines = jsonLines(r.out);
     const auto samples = sim::sampleSheets(model);
     ASSERT_EQ(lines.size(), samples.size() + 1);
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -91,23 +96,13 @@ void expectSamples(const ToolResult& r, int model)
             for (std::size_t col = 0; col < samples[i].side1[row].size(); ++col) {
                 const bool marked = samples[i].side1[row][col] > 0;
                 ASSERT_EQ(side1["values"][row][col].get<int>() > 0, marked)
-                    << "model " << model << " sheet " << i + 1 << " row " << row + 1 << " column " << col + 1;
+                    << "sheet " << i + 1 << " row " << row + 1 << " column " << col + 1;
                 compared += marked;
             }
         EXPECT_GT(compared, 50);
     }
     EXPECT_EQ(lines.back()["summary"],
               json::parse(R"({"result":true,"sheets":3,"read":3,"cancelScan":true})"));
-}
-
-class ZebreaderFamily : public ZebreaderTool, public ::testing::WithParamInterface<int> {};
-
-TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
-{
-    const auto r =
-        run("zebreader scan --model " + std::to_string(GetParam()) + " --simulate --sleep 1 --timeout 2");
-    EXPECT_EQ(r.err, "");
-    expectSamples(r, GetParam());
 }
 
 // OpScan, ScanMark, 8000 series, PDI, EZData, the ACP-100 that speaks EZData, and the
