@@ -370,8 +370,10 @@ TEST_F(NetPort, RawServerCarriesBytesAsTheyAreAndItsCloseIsAPortError)
     EXPECT_TRUE(fc.tmrScan.Enabled());
     fc.tmrScan.Enabled(false);
 
-    // The bytes before the close arrive; the close is then reported with the address.
+    // The bytes before the close arrive, though both wait together when the reader looks; the
+    // close is then reported with the address.
     com.Output("bye");
+    std::this_thread::sleep_for(200ms);
     EXPECT_EQ(take(2), "XY");
     try {
         for (int turn = 0; turn < 100; ++turn)
