@@ -57,15 +57,13 @@ ToolResult ToolRun::run() const
             envStrings.emplace_back(*e);
     for (const auto& [name, value] : env)
         envStrings.push_back(name + "=" + value);
-    std::vector<char*> envp, argv;
-    for (auto& s : envStrings)
-        envp.push_back(s.data());
-    envp.push_back(nullptr);
     std::vector<std::string> argStrings{binary};
     argStrings.insert(argStrings.end(), args.begin(), args.end());
+    std::vector<char*> envp{nullptr}, argv{nullptr};
+    for (auto& s : envStrings)
+        envp.insert(envp.end() - 1, s.data());
     for (auto& s : argStrings)
-        argv.push_back(s.data());
-    argv.push_back(nullptr);
+        argv.insert(argv.end() - 1, s.data());
 
     const pid_t pid = fork();
     if (pid == 0) {
