@@ -6,9 +6,8 @@
 using namespace zebreader81;
 using chatsworth::CardDecoder;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    fuzz::Input in(data, size);
     const int16_t mark = in.int16();
     CardDecoder card(mark, 126, CardDecoder::Bytes::Printable);
     int32_t taken = 0;
@@ -30,5 +29,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     for (int32_t r = 1; r <= 126; ++r)
         for (int32_t c = 1; c <= 12; ++c)
             FUZZ_CHECK(sheet(r, c) == 0 || sheet(r, c) == mark);
-    return 0;
 }

@@ -5,9 +5,8 @@
 using namespace zebreader81;
 using namespace zebreader81::ezdata;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    fuzz::Input in(data, size);
     const std::size_t expected = in.byte() % 32;
     const auto answer = in.rest();
 
@@ -30,5 +29,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     const auto status = checkStatusAnswer(answer);
     if (status.fault == StatusFault::None)
         FUZZ_CHECK(answer.size() == StatusAnswerLength && static_cast<uint8_t>(answer[1]) == status.status);
-    return 0;
 }

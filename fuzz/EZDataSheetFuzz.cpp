@@ -5,9 +5,8 @@
 
 using namespace zebreader81;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    fuzz::Input in(data, size);
     const int16_t mark = in.int16();
     ezdata::SheetDecoder decoder(mark);
     int32_t taken = 0;
@@ -31,5 +30,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     for (int32_t r = 1; r <= sheet.UBound(1); ++r)
         for (int32_t c = 1; c <= sheet.UBound(2); ++c)
             FUZZ_CHECK(sheet(r, c) == 0 || sheet(r, c) == mark);
-    return 0;
 }

@@ -1,44 +1,13 @@
-// Shared by the fuzz targets: a host that swallows every report, and a reader of the input.
+// Shared by the fuzz targets: a reader of the input, the entry point, and invariant checks.
 #pragma once
-
-#include "zebreader81/zebreader81.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
-#include <string>
+#include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
 namespace zebreader81::fuzz {
-
-/// Takes every report without a word; registering it keeps stderr free of message boxes.
-class QuietHost : public ErrorHost {
-public:
-    bool Silent() const override { return silent_; }
-    void Silent(bool value) override { silent_ = value; }
-    int16_t RaiseError(int32_t&, int32_t&, std::string&, std::string&, std::string&, std::string&,
-                       std::string&, std::string&, int32_t&, std::string&, std::string&, std::string&,
-                       bool&) override
-    {
-        ++reports;
-        return 0;
-    }
-    std::size_t reports = 0;
-
-private:
-    bool silent_ = false;
-};
-
-/// Registers a QuietHost on the calling thread (once per thread) and returns it.
-inline QuietHost& quietHost()
-{
-    thread_local std::shared_ptr<QuietHost> host = [] {
-        auto h = std::make_shared<QuietHost>();
-        clsZEBReader().SetError(h);
-        return h;
-    }();
-    return *host;
-}
 
 /// Consumes the fuzzer's bytes front to back; past the end every take yields zeros.
 class Input {
@@ -60,6 +29,8 @@ public:
         return out;
     }
     std::string_view rest() { return bytes(left()); }
+    /// The whole input, whatever was taken.
+    std::string_view all() const { return {reinterpret_cast<const char*>(data_), size_}; }
 
 private:
     const uint8_t* data_;
@@ -68,11 +39,27 @@ private:
 };
 
 /// Stops the fuzzer the way a sanitizer would when an invariant of a parser breaks.
-[[noreturn]] void broken(const char* what);
+[[noreturn]] inline void broken(const char* what)
+{
+    std::fprintf(stderr, "fuzz invariant broken: %s\n", what);
+    std::abort();
+}
+
+} // namespace zebreader81::fuzz
+
 #define FUZZ_CHECK(cond)                                                                                     \
     do {                                                                                                     \
         if (!(cond))                                                                                         \
             ::zebreader81::fuzz::broken(#cond);                                                              \
     } while (0)
 
-} // namespace zebreader81::fuzz
+/// The target's body, run on each input as `in`: ZEBREADER_FUZZ(in) { ... }
+#define ZEBREADER_FUZZ(in)                                                                                   \
+    static void fuzzOne(::zebreader81::fuzz::Input& in);                                                     \
+    extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)                             \
+    {                                                                                                        \
+        ::zebreader81::fuzz::Input input(data, size);                                                        \
+        fuzzOne(input);                                                                                      \
+        return 0;                                                                                            \
+    }                                                                                                        \
+    static void fuzzOne(::zebreader81::fuzz::Input& in)

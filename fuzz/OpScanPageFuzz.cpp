@@ -4,9 +4,8 @@
 
 using namespace zebreader81;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    fuzz::Input in(data, size);
     const bool withSide2 = (in.byte() & 1) != 0;
     const auto stream = in.rest();
     const auto r = decodeOpScanPage(stream, withSide2);
@@ -30,5 +29,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
         FUZZ_CHECK(f.side == 1 || f.side == 2);
         FUZZ_CHECK(f.count != OpScanPageDecoder::Columns);
     }
-    return 0;
 }

@@ -2,15 +2,17 @@
 #include "FuzzSupport.h"
 #include "drivers/ncs/OpScanProtocol.h"
 
+#include <algorithm>
 #include <cstring>
 
 using namespace zebreader81;
 namespace proto = zebreader81::OpScanProtocol;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
     proto::Reply reply{};
-    std::memcpy(reply.data(), data, size < reply.size() ? size : reply.size());
+    const auto bytes = in.all();
+    std::memcpy(reply.data(), bytes.data(), std::min(bytes.size(), reply.size()));
 
     const auto full = proto::parseFullStatus(reply);
     FUZZ_CHECK(full.state.size() == 1);
@@ -25,5 +27,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
     FUZZ_CHECK((std::strlen(message.title) > 0) == reported);
     if (fault == proto::StatusFault::None)
         FUZZ_CHECK((((reply[1] & 3) | reply[2]) & 15) == 0);
-    return 0;
 }

@@ -7,9 +7,8 @@
 
 using namespace zebreader81;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    fuzz::Input in(data, size);
     const uint8_t status1 = in.byte();
     const auto fault = pdi::statusFault(status1);
     FUZZ_CHECK(fault.has_value() == ((status1 & (pdi::FrontSensor | pdi::BackSensor | pdi::PaperJam)) != 0));
@@ -39,5 +38,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
         FUZZ_CHECK(e.number() == err::SubscriptOutOfRange);
     }
     FUZZ_CHECK(sheet.marks().UBound(1) == pdi::MaxRows && sheet.marks().UBound(2) == pdi::MaxCols);
-    return 0;
 }

@@ -5,9 +5,8 @@
 
 using namespace zebreader81;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    fuzz::Input in(data, size);
     rfc2217::Decoder decoder;
     std::string out, answer;
     std::vector<rfc2217::Reply> replies;
@@ -29,11 +28,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
         FUZZ_CHECK(static_cast<uint8_t>(answer[i]) == rfc2217::IAC);
 
     // Data escaped for the wire comes back as it was.
-    const std::string plain(reinterpret_cast<const char*>(data), size);
+    const std::string plain(in.all());
     rfc2217::Decoder fresh;
     std::string back;
     fresh.feed(rfc2217::escape(plain), back, replies, answer);
     FUZZ_CHECK(back == plain);
     FUZZ_CHECK(rfc2217::unescapedCount(plain, rfc2217::escape(plain).size()) == plain.size());
-    return 0;
 }

@@ -9,9 +9,8 @@
 
 using namespace zebreader81;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    fuzz::Input in(data, size);
     const uint8_t flags = in.byte();
     const bool duplexForm = (flags & 1) != 0;
     const int16_t base = (flags & 2) ? 0 : 48;
@@ -62,5 +61,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
         // Geometry that overflows 16 bits is refused as the download refuses it.
         FUZZ_CHECK(e.number() == err::Overflow);
     }
-    return 0;
 }

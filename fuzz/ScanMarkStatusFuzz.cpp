@@ -4,14 +4,13 @@
 
 using namespace zebreader81;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size)
+ZEBREADER_FUZZ(in)
 {
-    const std::string reply(reinterpret_cast<const char*>(data), size);
+    const std::string reply(in.all());
     const auto d = scanmark::decodeStatus(reply);
     FUZZ_CHECK(d.result >= -1 && d.result <= 1);
     if (d.reports())
         FUZZ_CHECK(d.result == -1 && !d.title.empty() && !d.location.empty());
     if (reply.size() < scanmark::StatusReplyLength)
         FUZZ_CHECK(d.result == -1 && !d.reports());
-    return 0;
 }

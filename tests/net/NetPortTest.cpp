@@ -1,11 +1,14 @@
-// The network backends against scripted servers on loopback ports: what a failing server
-// looks like to the reader, data both ways, the COM port option's confirmations and purge.
+// Network serial ports: the RFC 2217 codec on bytes, addresses, and the backends against
+// scripted servers on loopback ports (failures as the reader sees them, data both ways, the COM
+// port option's confirmations and purge).
 #include "channel/ChannelPeers.h"
+#include "channel/NetworkPort.h"
 #include "channel/Rfc2217.h"
 #include "channel/frmComm.h"
 #include "core/basError.h"
 
 #include <gtest/gtest.h>
+#include <map>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -26,39 +29,161 @@ std::string bytes(std::initializer_list<int> values)
     return out;
 }
 
-// One accepted connection, read by the script on the server's thread.
-class Connection {
-public:
-    explicit Connection(int fd) : fd_(fd) {}
-    void send(std::string_view b) { [[maybe_unused]] auto n = ::send(fd_, b.data(), b.size(), MSG_NOSIGNAL); }
-    // Waits up to `limit` for more bytes; False when the client closed or nothing came.
-    bool readMore(std::chrono::milliseconds limit = 10s)
-    {
-        pollfd pfd{fd_, POLLIN, 0};
-        if (poll(&pfd, 1, static_cast<int>(limit.count())) <= 0)
-            return false;
-        char chunk[4096];
-        const ssize_t n = recv(fd_, chunk, sizeof chunk, 0);
-        if (n <= 0)
-            return false;
-        received.append(chunk, static_cast<std::size_t>(n));
-        return true;
+// IAC SB COM-PORT-OPTION code value IAC SE, with every IAC in the value doubled.
+std::string sb(int code, const std::string& value)
+{
+    std::string out = bytes({IAC, SB, COM_PORT_OPTION, code});
+    for (const char c : value)
+        out += c == char(IAC) ? std::string(2, c) : std::string(1, c);
+    return out + bytes({IAC, SE});
+}
+std::string sb(int code, std::initializer_list<int> value) { return sb(code, bytes(value)); }
+// The five commands of a line set-up: rate, data size, parity, stop size, control.
+std::string line(std::initializer_list<int> rate, int size, int parity, int stop, int control)
+{
+    return sb(SetBaudRate, rate) + sb(SetDataSize, {size}) + sb(SetParity, {parity}) +
+           sb(SetStopSize, {stop}) + sb(SetControl, {control});
+}
+
+TEST(Rfc2217Codec, DataEscapingDoublesEveryIacAndCountsWhatWentOut)
+{
+    const std::string data = bytes({'a', 255, 'b', 255, 255});
+    EXPECT_EQ(escape(data), bytes({'a', 255, 255, 'b', 255, 255, 255, 255}));
+    EXPECT_EQ(escape(""), "");
+    // A write cut short in the middle of a doubled IAC has not sent that byte.
+    const std::pair<std::size_t, std::size_t> sentToCount[] = {{0, 0}, {2, 1}, {3, 2}, {7, 4}, {8, 5}};
+    for (const auto& [sent, count] : sentToCount)
+        EXPECT_EQ(unescapedCount(data, sent), count) << sent;
+}
+
+TEST(Rfc2217Codec, SettingsBecomeTheFiveCommandsInOrder)
+{
+    const struct {
+        const char* settings;
+        int handshaking;
+        std::string expected;
+    } cases[] = {
+        {"9600,N,8,1", 0, line({0, 0, 0x25, 0x80}, 8, 1, 1, 1)},
+        {"19200,E,7,2", 1, line({0, 0, 0x4b, 0}, 7, 3, 2, 2)},
+        {"38400,O,5,1.5", 2, line({0, 0, 0x96, 0}, 5, 2, 3, 3)},
+        {"1200,M,6,1", 0, line({0, 0, 4, 0xb0}, 6, 4, 1, 1)},
+        // 65,535 baud carries two IAC bytes in its value: doubled inside the subnegotiation.
+        {"65535,S,8,1", 0, line({0, 0, 255, 255}, 8, 5, 1, 1)},
+    };
+    for (const auto& c : cases) {
+        std::string why, wire;
+        const auto commands = lineCommands(LineSettings::parse(c.settings), c.handshaking, why);
+        ASSERT_TRUE(commands) << c.settings;
+        for (const auto& s : *commands)
+            wire += command(s.command, s.value);
+        EXPECT_EQ(wire, c.expected) << c.settings;
     }
-    std::string received;
+    EXPECT_EQ(line({0, 0, 255, 255}, 8, 5, 1, 1).substr(0, 12),
+              bytes({IAC, SB, 44, 1, 0, 0, 255, 255, 255, 255, IAC, SE}));
+    std::string why;
+    EXPECT_FALSE(lineCommands(LineSettings::parse("9600,N,4,1"), 0, why));
+    EXPECT_NE(why.find("5 to 8 data bits"), std::string::npos);
+    EXPECT_FALSE(lineCommands(LineSettings::parse("9600,N,8,1"), 3, why));
+    EXPECT_NE(why.find("together"), std::string::npos);
+    EXPECT_EQ(describe(SetBaudRate, bytes({0, 0, 0x4b, 0})), "SET-BAUDRATE 19200");
+    EXPECT_EQ(describe(SetControl, bytes({3})), "SET-CONTROL 3");
+}
 
-private:
-    int fd_;
-};
+TEST(Rfc2217Codec, DecoderAgreesToTheServersGreetingAndRefusesEcho)
+{
+    // What ser2net 4 sends on a new connection.
+    const std::string greeting =
+        bytes({IAC, WILL,   SGA, IAC,  DO,     SGA, IAC, WILL,           1, IAC, DONT, 1, IAC,
+               DO,  BINARY, IAC, WILL, BINARY, IAC, DO,  COM_PORT_OPTION});
+    Decoder d;
+    std::string data, answer;
+    std::vector<Reply> replies;
+    EXPECT_FALSE(d.comPortAgreed());
+    d.feed(greeting, data, replies, answer);
+    EXPECT_TRUE(d.comPortAgreed());
+    EXPECT_FALSE(d.comPortRefused());
+    // Only echo was not asked for; everything else confirms our own requests.
+    EXPECT_EQ(answer, bytes({IAC, DONT, 1}));
+    EXPECT_TRUE(data.empty());
+    // The same again changes nothing, so nothing is answered (no negotiation loop).
+    answer.clear();
+    d.feed(bytes({IAC, DO, SGA, IAC, WILL, BINARY}), data, replies, answer);
+    EXPECT_EQ(answer, "");
+    // Options we do not know are refused; a refused option that was on is turned off.
+    d.feed(bytes({IAC, DO, 24, IAC, WILL, 31, IAC, DONT, BINARY}), data, replies, answer);
+    EXPECT_EQ(answer, bytes({IAC, WONT, 24, IAC, DONT, 31, IAC, WONT, BINARY}));
 
-// A server on a free loopback port that accepts one connection and runs `script` on it.
+    Decoder refusing;
+    refusing.feed(bytes({IAC, DONT, COM_PORT_OPTION}), data, replies, answer);
+    EXPECT_TRUE(refusing.comPortRefused());
+    EXPECT_FALSE(refusing.comPortAgreed());
+}
+
+TEST(Rfc2217Codec, DecoderSplitsDataRepliesAndNegotiationWhereverTheChunksEnd)
+{
+    // Data with a doubled IAC, a confirmation of 19200 baud, a purge answer, a line state
+    // notice, a NOP, a signature reply too long to keep, and data after each; then a
+    // confirmation whose value holds doubled IACs.
+    const std::string stream = bytes({'A', IAC, IAC, 'B'}) + sb(101, {0, 0, 0x4b, 0}) + "CD" + sb(112, {1}) +
+                               bytes({IAC, 241}) + "E" + sb(106, {0x60}) + sb(100, std::string(300, 'x')) +
+                               bytes({IAC, IAC}) + "F" + sb(101, {0, 0, 255, 255});
+    for (std::size_t cut1 = 0; cut1 <= stream.size(); cut1 += 7)
+        for (const std::size_t cut2 :
+             {cut1, std::min(stream.size(), cut1 + 1), std::min(stream.size(), cut1 + 3)}) {
+            Decoder d;
+            std::string data, answer;
+            std::vector<Reply> replies;
+            d.feed(std::string_view(stream).substr(0, cut1), data, replies, answer);
+            d.feed(std::string_view(stream).substr(cut1, cut2 - cut1), data, replies, answer);
+            d.feed(std::string_view(stream).substr(cut2), data, replies, answer);
+            ASSERT_EQ(data, bytes({'A', 255, 'B', 'C', 'D', 'E', 255, 'F'}))
+                << "cut at " << cut1 << ", " << cut2;
+            ASSERT_EQ(replies.size(), 4u) << "cut at " << cut1;
+            const std::tuple<uint8_t, std::string, std::size_t> expected[] = {
+                {SetBaudRate, bytes({0, 0, 0x4b, 0}), 3},
+                {PurgeData, bytes({1}), 5},
+                {NotifyLineState, bytes({0x60}), 6},
+                {SetBaudRate, bytes({0, 0, 255, 255}), 8}};
+            for (std::size_t i = 0; i < 4; ++i)
+                EXPECT_EQ(std::tie(replies[i].command, replies[i].value, replies[i].dataOffset), expected[i]);
+            EXPECT_EQ(answer, "");
+        }
+}
+
+TEST(NetworkPortAddress, SchemesHostsAndPorts)
+{
+    using K = PortUrl::Kind;
+    const std::tuple<const char*, K, const char*, int> valid[] = {
+        {"socket://127.0.0.1:4001", K::Raw, "127.0.0.1", 4001},
+        {"rfc2217://scanbox:2003", K::Rfc2217, "scanbox", 2003},
+        {"RFC2217://[::1]:65535", K::Rfc2217, "::1", 65535},
+        {"socket://desk-3.example.org:1", K::Raw, "desk-3.example.org", 1},
+    };
+    for (const auto& [text, kind, host, port] : valid) {
+        EXPECT_TRUE(isNetworkPort(text)) << text;
+        const auto url = parsePortUrl(text);
+        ASSERT_TRUE(url) << text;
+        EXPECT_EQ(std::tie(url->kind, url->host, url->port), std::make_tuple(kind, std::string(host), port));
+    }
+    for (const char* text : {"/dev/ttyUSB0", "tcp://host:1"}) {
+        EXPECT_FALSE(isNetworkPort(text)) << text;
+        EXPECT_FALSE(parsePortUrl(text)) << text;
+    }
+    for (const char* text :
+         {"socket://host", "socket://:4001", "socket://host:0", "socket://host:65536", "socket://host:40x",
+          "socket://host:4001/", "rfc2217://::1:2003", "rfc2217://[::1]2003"}) {
+        EXPECT_TRUE(isNetworkPort(text)) << text;
+        EXPECT_FALSE(parsePortUrl(text)) << text;
+    }
+}
+
+// A server on a free loopback port that accepts one connection and runs `script` on it; every
+// wait for the client gives up after 10 s.
 class FakeServer {
 public:
-    explicit FakeServer(std::function<void(Connection&)> script)
+    explicit FakeServer(std::function<void(FakeServer&)> script)
     {
-        listen_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        sockaddr_in a{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
         socklen_t len = sizeof a;
         EXPECT_EQ(bind(listen_, reinterpret_cast<sockaddr*>(&a), sizeof a), 0);
         EXPECT_EQ(listen(listen_, 1), 0);
@@ -66,12 +191,11 @@ public:
         port_ = ntohs(a.sin_port);
         thread_ = std::thread([this, script = std::move(script)] {
             pollfd pfd{listen_, POLLIN, 0};
-            if (poll(&pfd, 1, 10000) <= 0)
-                return;
-            const int fd = accept4(listen_, nullptr, nullptr, SOCK_CLOEXEC);
-            Connection c(fd);
-            script(c);
-            close(fd);
+            fd_ = poll(&pfd, 1, 10000) > 0 ? accept4(listen_, nullptr, nullptr, SOCK_CLOEXEC) : -1;
+            const timeval limit{10, 0};
+            setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+            script(*this);
+            close(fd_);
         });
     }
     ~FakeServer()
@@ -83,9 +207,24 @@ public:
     {
         return scheme + "://127.0.0.1:" + std::to_string(port_);
     }
+    void send(std::string_view b) { [[maybe_unused]] auto n = ::send(fd_, b.data(), b.size(), MSG_NOSIGNAL); }
+    // False when the client closed or nothing came.
+    bool readMore()
+    {
+        char chunk[4096];
+        const ssize_t n = recv(fd_, chunk, sizeof chunk, 0);
+        received.append(chunk, static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
+        return n > 0;
+    }
+    void readUntil(std::size_t size)
+    {
+        while (received.size() < size && readMore()) {
+        }
+    }
+    std::string received;
 
 private:
-    int listen_ = -1;
+    int listen_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), fd_ = -1;
     uint16_t port_ = 0;
     std::thread thread_;
 };
@@ -99,20 +238,11 @@ struct ClientStream {
 ClientStream parseClient(const std::string& s)
 {
     ClientStream out;
-    std::size_t i = 0;
-    while (i < s.size()) {
-        const auto b = static_cast<uint8_t>(s[i]);
-        if (b != IAC) {
-            out.data += s[i++];
-            continue;
-        }
-        if (i + 1 >= s.size())
-            break;
-        const auto verb = static_cast<uint8_t>(s[i + 1]);
-        if (verb == IAC) {
+    for (std::size_t i = 0; i < s.size();) {
+        if (s[i] != char(IAC) || (i + 1 < s.size() && s[i + 1] == char(IAC))) {
             out.data += s[i];
-            i += 2;
-        } else if (verb == SB) {
+            i += s[i] == char(IAC) ? 2 : 1;
+        } else if (i + 1 < s.size() && s[i + 1] == char(SB)) {
             std::string body;
             std::size_t j = i + 3;
             for (; j + 1 < s.size() && !(s[j] == char(IAC) && s[j + 1] == char(SE)); ++j)
@@ -122,39 +252,38 @@ ClientStream parseClient(const std::string& s)
             if (!body.empty())
                 out.commands.emplace_back(static_cast<uint8_t>(body[0]), body.substr(1));
             i = j + 2;
+        } else if (i + 1 < s.size()) {
+            i += static_cast<uint8_t>(s[i + 1]) >= WILL ? 3 : 2;
         } else {
-            i += verb >= WILL ? 3 : 2;
+            break;
         }
     }
     return out;
 }
 
-// A telnet server with the COM port option: greets as ser2net does, answers each command with
-// `answer` (by default its confirmation) and the client's data with `onData`, until the client
-// goes.
+// A telnet server with the COM port option: greets as ser2net does, answers the nth of each
+// command with `answer` (by default its confirmation) and the client's data with `onData`,
+// until the client goes.
 struct TelnetScript {
     std::function<std::string(uint8_t command, const std::string& value, int nth)> answer =
-        [](uint8_t command, const std::string& value, int) {
-            return rfc2217::command(static_cast<uint8_t>(command + 100), value);
-        };
+        [](uint8_t command, const std::string& value, int) { return sb(command + 100, value); };
     std::function<std::string(const std::string& data)> onData = [](const std::string&) { return ""; };
     std::string greeting =
         bytes({IAC, WILL, SGA, IAC, DO, SGA, IAC, DO, BINARY, IAC, WILL, BINARY, IAC, DO, 44});
-    // Every command the client sent, for the test to look at afterwards.
-    std::vector<std::pair<uint8_t, std::string>> seen;
+    // Every command the client sent, as it would be on the wire without doubled IACs removed.
+    std::string seen;
 
-    void operator()(Connection& c)
+    void operator()(FakeServer& c)
     {
         c.send(greeting);
         std::size_t handled = 0, dataSeen = 0;
+        std::map<uint8_t, int> count;
         while (c.readMore()) {
             const auto stream = parseClient(c.received);
             for (; handled < stream.commands.size(); ++handled) {
                 const auto& [command, value] = stream.commands[handled];
-                seen.push_back(stream.commands[handled]);
-                const int nth = static_cast<int>(std::count_if(
-                    seen.begin(), seen.end(), [&](const auto& s) { return s.first == command; }));
-                c.send(answer(command, value, nth));
+                seen += sb(command, value);
+                c.send(answer(command, value, ++count[command]));
             }
             if (stream.data.size() > dataSeen) {
                 dataSeen = stream.data.size();
@@ -197,50 +326,31 @@ struct NetPort : ::testing::Test {
 
 TEST_F(NetPort, AServerThatCannotBeReachedIsNamedWithTheReason)
 {
-    // A port nobody listens on: bound once by us, then let go.
-    std::string refused;
-    {
-        const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t len = sizeof a;
-        bind(fd, reinterpret_cast<sockaddr*>(&a), sizeof a);
-        getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
-        refused = "socket://127.0.0.1:" + std::to_string(ntohs(a.sin_port));
-        close(fd);
-    }
-    // A label longer than 63 characters cannot go into a query, so the resolver refuses the
-    // name without asking the network.
-    const std::string unknown = "rfc2217://" + std::string(70, 'x') + ".invalid:2003";
-    const struct {
-        std::string url;
-        std::string reason;
-    } cases[] = {
-        {refused, "Connection refused"},
-        {"rfc2217://" + refused.substr(9), "Connection refused"},
-        {unknown, ""},
+    // Nobody listens on port 1. A label longer than 63 characters cannot go into a query, so
+    // the resolver refuses the name without asking the network.
+    const std::pair<std::string, std::string> cases[] = {
+        {"socket://127.0.0.1:1", "Connection refused"},
+        {"rfc2217://127.0.0.1:1", "Connection refused"},
+        {"rfc2217://" + std::string(70, 'x') + ".invalid:2003", ""},
         {"socket://127.0.0.1", "socket://HOST:PORT"},
         {"rfc2217://127.0.0.1:99999", "rfc2217://HOST:PORT"},
     };
-    for (const auto& c : cases) {
-        const auto [number, description] = openError(c.url);
-        EXPECT_EQ(number, err::InvalidPortNumber) << c.url;
-        EXPECT_EQ(description.rfind(err::description(err::InvalidPortNumber) + " (" + c.url + ": ", 0), 0u)
+    for (const auto& [url, reason] : cases) {
+        const auto [number, description] = openError(url);
+        EXPECT_EQ(number, err::InvalidPortNumber) << url;
+        EXPECT_EQ(description.rfind(err::description(err::InvalidPortNumber) + " (" + url + ": ", 0), 0u)
             << description;
-        EXPECT_NE(description.find(c.reason), std::string::npos) << description;
+        EXPECT_NE(description.find(reason), std::string::npos) << description;
         EXPECT_FALSE(com.PortOpen());
     }
 }
 
 TEST_F(NetPort, RawServerCarriesBytesAsTheyAreAndItsCloseIsAPortError)
 {
-    FakeServer server([](Connection& c) {
-        while (c.received.size() < 6 && c.readMore()) {
-        }
+    FakeServer server([](FakeServer& c) {
+        c.readUntil(6);
         c.send(bytes({'A', 'B', 255}));
-        while (c.received.size() < 9 && c.readMore()) {
-        }
+        c.readUntil(9);
         c.send("XY");
     });
     const auto url = server.url("socket");
@@ -260,8 +370,10 @@ TEST_F(NetPort, RawServerCarriesBytesAsTheyAreAndItsCloseIsAPortError)
     EXPECT_TRUE(fc.tmrScan.Enabled());
     fc.tmrScan.Enabled(false);
 
-    // The bytes before the close arrive; the close is then reported with the address.
+    // The bytes before the close arrive, though both wait together when the reader looks; the
+    // close is then reported with the address.
     com.Output("bye");
+    std::this_thread::sleep_for(200ms);
     EXPECT_EQ(take(2), "XY");
     try {
         for (int turn = 0; turn < 100; ++turn)
@@ -278,14 +390,9 @@ TEST_F(NetPort, Rfc2217SetsTheLineEscapesDataAndPurgesTheServersInput)
 {
     TelnetScript script;
     script.answer = [](uint8_t command, const std::string& value, int nth) {
-        std::string out;
         // The second purge finds stale bytes in the server, and fresh ones follow it.
-        if (command == PurgeData && nth == 2)
-            out += "stale";
-        out += rfc2217::command(static_cast<uint8_t>(command + 100), value);
-        if (command == PurgeData && nth == 2)
-            out += "fresh";
-        return out;
+        const bool stale = command == PurgeData && nth == 2;
+        return (stale ? "stale" : "") + sb(command + 100, value) + (stale ? "fresh" : "");
     };
     script.onData = [](const std::string& data) {
         return data == bytes({'a', 255, 'b'}) ? bytes({'x', IAC, IAC, 'y'}) : std::string();
@@ -302,70 +409,41 @@ TEST_F(NetPort, Rfc2217SetsTheLineEscapesDataAndPurgesTheServersInput)
         EXPECT_EQ(take(5), "fresh");
         com.PortOpen(false);
     }
-    using Seen = std::vector<std::pair<uint8_t, std::string>>;
-    const Seen expected = {// At open: the default settings, then a purge.
-                           {SetBaudRate, bytes({0, 0, 0x25, 0x80})},
-                           {SetDataSize, bytes({8})},
-                           {SetParity, bytes({1})},
-                           {SetStopSize, bytes({1})},
-                           {SetControl, bytes({1})},
-                           {PurgeData, bytes({1})},
-                           // Settings and Handshaking while open each set the whole line.
-                           {SetBaudRate, bytes({0, 0, 0x4b, 0})},
-                           {SetDataSize, bytes({7})},
-                           {SetParity, bytes({3})},
-                           {SetStopSize, bytes({2})},
-                           {SetControl, bytes({1})},
-                           {SetBaudRate, bytes({0, 0, 0x4b, 0})},
-                           {SetDataSize, bytes({7})},
-                           {SetParity, bytes({3})},
-                           {SetStopSize, bytes({2})},
-                           {SetControl, bytes({3})},
-                           {PurgeData, bytes({1})}};
-    EXPECT_EQ(script.seen, expected);
+    // At open the default line, then a purge; Settings and Handshaking while open each set the
+    // whole line.
+    EXPECT_EQ(script.seen, line({0, 0, 0x25, 0x80}, 8, 1, 1, 1) + sb(PurgeData, {1}) +
+                               line({0, 0, 0x4b, 0}, 7, 3, 2, 1) + line({0, 0, 0x4b, 0}, 7, 3, 2, 3) +
+                               sb(PurgeData, {1}));
 }
 
 TEST_F(NetPort, Rfc2217SettingsTheServerDoesNotConfirmAre8015)
 {
     const struct {
-        const char* what;
-        std::function<void(TelnetScript&)> setUp;
+        uint8_t command; // answered with `instead` ("": not at all); the others are confirmed
+        std::string instead, greeting;
         int16_t handshaking;
         std::string reason;
     } cases[] = {
-        {"another rate",
-         [](TelnetScript& s) {
-             s.answer = [](uint8_t command, const std::string& value, int) {
-                 return rfc2217::command(static_cast<uint8_t>(command + 100),
-                                         command == SetBaudRate ? bytes({0, 0, 0x4b, 0}) : value);
-             };
-         },
-         0, "the server answered SET-BAUDRATE 19200 to SET-BAUDRATE 9600"},
-        {"no answer",
-         [](TelnetScript& s) {
-             s.answer = [](uint8_t command, const std::string& value, int) {
-                 return command == SetDataSize ? std::string()
-                                               : rfc2217::command(static_cast<uint8_t>(command + 100), value);
-             };
-         },
-         0, "the server did not confirm SET-DATASIZE 8"},
-        {"option refused",
-         [](TelnetScript& s) {
-             s.greeting = bytes({IAC, DONT, 44});
-         },
-         0, "the server does not offer the COM port option (RFC 2217)"},
-        {"both handshakes", [](TelnetScript&) {}, 3,
-         "the COM port option cannot set XON/XOFF and RTS/CTS handshaking together"},
+        {SetBaudRate, bytes({0, 0, 0x4b, 0}), "", 0,
+         "the server answered SET-BAUDRATE 19200 to SET-BAUDRATE 9600"},
+        {SetDataSize, "", "", 0, "the server did not confirm SET-DATASIZE 8"},
+        {0, "", bytes({IAC, DONT, 44}), 0, "the server does not offer the COM port option (RFC 2217)"},
+        {0, "", "", 3, "the COM port option cannot set XON/XOFF and RTS/CTS handshaking together"},
     };
     for (const auto& c : cases) {
         TelnetScript script;
-        c.setUp(script);
+        script.answer = [&c](uint8_t command, const std::string& value, int) {
+            return command != c.command ? sb(command + 100, value)
+                   : c.instead.empty()  ? ""
+                                        : sb(command + 100, c.instead);
+        };
+        if (!c.greeting.empty())
+            script.greeting = c.greeting;
         FakeServer server(std::ref(script));
         const auto url = server.url("rfc2217");
         const auto [number, description] = openError(url, c.handshaking);
-        EXPECT_EQ(number, err::CommStateNotSet) << c.what;
-        EXPECT_EQ(description, err::description(err::CommStateNotSet) + " (" + url + ": " + c.reason + ")")
-            << c.what;
+        EXPECT_EQ(number, err::CommStateNotSet) << c.reason;
+        EXPECT_EQ(description, err::description(err::CommStateNotSet) + " (" + url + ": " + c.reason + ")");
     }
 }
 

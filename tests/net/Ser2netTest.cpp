@@ -1,8 +1,11 @@
-// Readers on a real network serial server: ser2net on a loopback port in front of each
-// family's simulator, raw and with RFC 2217, and a server killed in the middle of a sheet.
+// Readers on a real network serial server (ser2net on a loopback port in front of a
+// simulator): the sample sheets through the COM port option (RFC 2217), and a server killed in
+// the middle of a sheet. The raw server is read by zebreader scan (tests/tools); each family's
+// reads by its simulated scans.
 #include "sim/Ser2net.h"
 #include "channel/ChannelPeers.h"
 #include "hardening/FaultSupport.h"
+#include "sim/SheetFile.h"
 #include "sim/Simulators.h"
 #include "sim/ncs/OpScanSimulator.h"
 #include "support/TestHost.h"
@@ -19,8 +22,6 @@ using Mode = sim::Ser2net::Mode;
 
 constexpr int16_t port = 6;
 
-std::string modeName(Mode mode) { return mode == Mode::Raw ? "Raw" : "Rfc2217"; }
-
 // Starts ser2net before `path`, or skips the test where it is not installed.
 #define START_SER2NET(server, path, mode)                                                                    \
     if (sim::Ser2net::program().empty())                                                                     \
@@ -28,124 +29,74 @@ std::string modeName(Mode mode) { return mode == Mode::Raw ? "Raw" : "Rfc2217"; 
     sim::Ser2net server(path, mode);                                                                         \
     ASSERT_TRUE(server.running()) << server.log()
 
-// The line settings the server put on the scanner's side of the pseudo-terminal.
-termios lineOf(const std::string& path)
+SafeArray<int16_t> perSheet(std::size_t v)
 {
-    termios t{};
-    const int fd = open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
-    EXPECT_GE(fd, 0);
-    EXPECT_EQ(tcgetattr(fd, &t), 0);
-    close(fd);
-    return t;
+    auto a = SafeArray<int16_t>::vector(0, 1);
+    a(1) = static_cast<int16_t>(v);
+    return a;
 }
 
-// The form the sample sheets are printed on, as zebreader scan sets it up.
-void formFor(clsZEBReader& reader, const std::vector<sim::Sheet>& sheets)
+TEST(Ser2net, Rfc2217SetsTheScannersLineAndCarriesTheSampleSheetsMarkForMark)
 {
-    std::size_t rows1 = 0, cols1 = 0, rows2 = 0, cols2 = 0;
-    bool barcodes = false;
-    for (const auto& s : sheets) {
-        rows1 = std::max(rows1, s.side1.size());
-        rows2 = std::max(rows2, s.side2.size());
-        for (const auto& r : s.side1)
-            cols1 = std::max(cols1, r.size());
-        for (const auto& r : s.side2)
-            cols2 = std::max(cols2, r.size());
-        barcodes = barcodes || !s.barcodes.empty();
-    }
-    auto one = [](std::size_t v) {
-        auto a = SafeArray<int16_t>::vector(0, 1);
-        a(1) = static_cast<int16_t>(v);
-        return a;
-    };
-    reader.Side1Rows(one(rows1));
-    reader.Side1Cols(one(cols1));
-    reader.Side2Rows(one(rows2));
-    reader.Side2Cols(one(cols2));
-    if (rows2 > 0) {
-        reader.Duplex(true);
-        reader.DuplexForm(true);
-    }
-    reader.Barcode(barcodes);
-}
-
-struct Ser2netBatch : ::testing::TestWithParam<std::tuple<int, Mode>> {};
-
-std::string batchName(const ::testing::TestParamInfo<std::tuple<int, Mode>>& p)
-{
-    return "Model" + std::to_string(std::get<0>(p.param)) + "_" + modeName(std::get<1>(p.param));
-}
-
-std::string modeOf(const ::testing::TestParamInfo<Mode>& p) { return modeName(p.param); }
-
-TEST_P(Ser2netBatch, ReadsTheSampleSheetsMarkForMark)
-{
-    const auto [model, mode] = GetParam();
+    constexpr int model = zebReaderTypeScantronScanMark4000;
     PortMap ports;
     HostScope errors;
     const auto samples = sim::sampleSheets(model);
     auto scanner = sim::makeSimulator(model, samples);
-    ASSERT_TRUE(scanner);
-    START_SER2NET(server, scanner->path(), mode);
+    START_SER2NET(server, scanner->path(), Mode::Rfc2217);
     ports.map(port, server.url());
 
     clsZEBReader reader;
     auto events = std::make_shared<RecordingEvents>();
     reader.ReaderType(static_cast<zebReaderType>(model));
     reader.Port(port);
-    // PDI counts a sheet's rows by the bytes waiting SleepTime x 5 after its LF, so the pause
-    // must cover the server's hop as it covers a slow line.
-    const bool pdi = model == zebReaderTypePDIVMR138;
-    reader.SleepTime(pdi ? 20 : 1);
+    reader.SleepTime(1);
     reader.TimeOut(2);
     reader.Advise(events);
-    formFor(reader, samples);
-    ASSERT_TRUE(reader.StartReader())
-        << (errors.host->reports.empty() ? "" : errors.host->reports[0].description);
-    if (mode == Mode::Rfc2217) {
-        // The reader's rate reached the scanner's line through the server (a pseudo-terminal
-        // always keeps 8 data bits without parity).
-        const auto t = lineOf(scanner->path());
-        EXPECT_EQ(cfgetospeed(&t), reader.BaudRate() == 9600    ? B9600
-                                   : reader.BaudRate() == 19200 ? B19200
-                                                                : B38400);
-    }
+    // The form the sample sheets are printed on, as zebreader scan sets it up.
+    const auto size = sim::measureSheets(samples);
+    reader.Side1Rows(perSheet(size.rows1));
+    reader.Side1Cols(perSheet(size.cols1));
+    reader.Side2Rows(perSheet(size.rows2));
+    reader.Side2Cols(perSheet(size.cols2));
+    reader.Barcode(size.barcodes);
+    ASSERT_TRUE(reader.StartReader()) << errors.host->reports.at(0).description;
+
+    // The reader's rate reached the scanner's line through the server (a pseudo-terminal always
+    // keeps 8 data bits without parity).
+    termios t{};
+    const int fd = open(scanner->path().c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_EQ(tcgetattr(fd, &t), 0);
+    close(fd);
+    EXPECT_EQ(cfgetospeed(&t), reader.BaudRate() == 9600    ? B9600
+                               : reader.BaudRate() == 19200 ? B19200
+                                                            : B38400);
+
     for (std::size_t i = 0; i < samples.size(); ++i) {
-        ASSERT_TRUE(reader.ReadPage())
-            << "sheet " << i + 1 << ": "
-            << (errors.host->reports.empty() ? "" : errors.host->reports[0].description);
+        ASSERT_TRUE(reader.ReadPage()) << "sheet " << i + 1 << ": " << errors.host->reports.at(0).description;
         ASSERT_EQ(events->side1.size(), i + 1);
-        const auto& side1 = events->side1[i];
         int marks = 0;
         for (std::size_t row = 0; row < samples[i].side1.size(); ++row)
             for (std::size_t col = 0; col < samples[i].side1[row].size(); ++col) {
                 const bool marked = samples[i].side1[row][col] > 0;
-                ASSERT_EQ(side1(static_cast<int32_t>(row + 1), static_cast<int32_t>(col + 1)) > 0, marked)
+                ASSERT_EQ(events->side1[i](static_cast<int32_t>(row + 1), static_cast<int32_t>(col + 1)) > 0,
+                          marked)
                     << "sheet " << i + 1 << " row " << row + 1 << " column " << col + 1;
                 marks += marked;
             }
         EXPECT_GT(marks, 50);
     }
-    // The PDI close has no result.
-    EXPECT_EQ(reader.EndReader(), !pdi);
+    EXPECT_TRUE(reader.EndReader());
     for (const auto& r : errors.host->reports)
         ADD_FAILURE() << r.location << ": " << r.description;
 }
 
-// OpScan, ScanMark, PDI and EZData, through a raw and a telnet server.
-INSTANTIATE_TEST_SUITE_P(Families, Ser2netBatch,
-                         ::testing::Combine(::testing::Values(2, 14, 24, 23),
-                                            ::testing::Values(Mode::Raw, Mode::Rfc2217)),
-                         batchName);
-
-struct Ser2netKilled : ::testing::TestWithParam<Mode> {};
-
-TEST_P(Ser2netKilled, InTheMiddleOfASheetIsAPortErrorNamingTheServer)
+TEST(Ser2net, KilledInTheMiddleOfASheetIsAPortErrorNamingTheServer)
 {
     PortMap ports;
     HostScope errors;
     sim::OpScanSimulator scanner;
-    START_SER2NET(server, scanner.path(), GetParam());
+    START_SER2NET(server, scanner.path(), Mode::Rfc2217);
     ports.map(port, server.url());
     clsZEBReader reader;
     reader.ReaderType(zebReaderTypeNCSOpScan2);
@@ -179,8 +130,6 @@ TEST_P(Ser2netKilled, InTheMiddleOfASheetIsAPortErrorNamingTheServer)
     EXPECT_NE(errors.host->only().description.find(server.url() + ": Connection refused"), std::string::npos)
         << errors.host->only().description;
 }
-
-INSTANTIATE_TEST_SUITE_P(Modes, Ser2netKilled, ::testing::Values(Mode::Raw, Mode::Rfc2217), modeOf);
 
 } // namespace
 } // namespace zebreader81::test

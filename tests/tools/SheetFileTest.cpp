@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <tuple>
+
 namespace zebreader81::sim {
 namespace {
 
@@ -36,71 +39,62 @@ sheet second
 
 TEST(SheetFile, ErrorsNameTheLineAndWhatIsWrong)
 {
-    const auto errorOf = [](const std::string& text) -> std::string {
+    const std::pair<const char*, const char*> cases[] = {
+        {"|..X|\n", "t.sheets:1: a \"sheet\" line must come first"},
+        {"sheet\n|..G|\n", "t.sheets:2: 'G' is not a mark (use . 0-9 A-F or X)"},
+        {"sheet\n\nside 3\n", "t.sheets:3: side must be 1 or 2, not \"3\""},
+        {"sheet\nblank many\n", "t.sheets:2: expected a row count from 0 to 10000, not \"many\""},
+        {"sheet\nrow |..|\n",
+         "t.sheets:2: unknown keyword \"row\" (expected sheet, barcode, side, blank or a |row|)"},
+    };
+    for (const auto& [text, error] : cases) {
         try {
             parseSheets(text, "t.sheets");
+            ADD_FAILURE() << text;
         } catch (const SheetFileError& e) {
-            return e.what();
+            EXPECT_STREQ(e.what(), error);
         }
-        return "no error";
-    };
-    EXPECT_EQ(errorOf("|..X|\n"), "t.sheets:1: a \"sheet\" line must come first");
-    EXPECT_EQ(errorOf("sheet\n|..G|\n"), "t.sheets:2: 'G' is not a mark (use . 0-9 A-F or X)");
-    EXPECT_EQ(errorOf("sheet\n\nside 3\n"), "t.sheets:3: side must be 1 or 2, not \"3\"");
-    EXPECT_EQ(errorOf("sheet\nblank many\n"),
-              "t.sheets:2: expected a row count from 0 to 10000, not \"many\"");
-    EXPECT_EQ(errorOf("sheet\nrow |..|\n"),
-              "t.sheets:2: unknown keyword \"row\" (expected sheet, barcode, side, blank or a |row|)");
+    }
     EXPECT_THROW(loadSheetFile("/nonexistent/sheets.txt"), SheetFileError);
 }
 
-// Marks in rows [first, first+count) and columns [col, col+width): one per row expected.
+// Rows of [first, first+count) with exactly one mark in columns [col, col+width).
 int rowsWithOneMark(const std::vector<std::vector<int>>& side, int first, int count, int col, int width)
 {
     int rows = 0;
-    for (int r = first; r < first + count; ++r) {
-        int marks = 0;
-        for (int c = col; c < col + width; ++c)
-            marks += side[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] > 0;
-        rows += marks == 1;
-    }
+    for (int r = first; r < first + count; ++r)
+        rows += std::count_if(side[r].begin() + col, side[r].begin() + col + width,
+                              [](int m) { return m > 0; }) == 1;
     return rows;
 }
 
-TEST(SampleSheets, AnswerSheetsHoldNameIdFiftyQuestionsAndOneDuplexSheet)
+TEST(SampleSheets, AnswerSheetsAndCardsMarkEveryQuestionOnce)
 {
-    const auto sheets = sampleSheets(2);
-    ASSERT_EQ(sheets.size(), 3u);
-    int duplex = 0;
-    for (const auto& s : sheets) {
-        ASSERT_EQ(s.side1.size(), 53u);
-        ASSERT_EQ(s.side1[0].size(), 40u);
-        EXPECT_EQ(s.barcodes.size(), 1u);
-        // Seven ID digits, one mark per column in rows 1-10 of columns 23-29.
-        for (int c = 22; c < 29; ++c) {
-            int marks = 0;
-            for (int r = 0; r < 10; ++r)
-                marks += s.side1[static_cast<std::size_t>(r)][static_cast<std::size_t>(c)] > 0;
-            EXPECT_EQ(marks, 1) << "ID column " << c + 1;
+    // Model, columns, the row of the first question; the answer sheets hold 50 questions in
+    // two blocks, 53 rows, a barcode, a seven-digit ID and one duplex sheet.
+    for (const auto& [model, cols, questions] : {std::tuple{2, 40u, 28}, {23, 12u, 12}, {24, 12u, 12}}) {
+        const auto sheets = sampleSheets(model);
+        ASSERT_EQ(sheets.size(), 3u);
+        int duplex = 0;
+        for (const auto& s : sheets) {
+            ASSERT_EQ(s.side1[0].size(), cols) << model;
+            duplex += !s.side2.empty();
+            if (model != 2)
+                continue;
+            ASSERT_EQ(s.side1.size(), 53u);
+            EXPECT_EQ(s.barcodes.size(), 1u);
+            for (int c = 22; c < 29; ++c) {
+                int marks = 0;
+                for (int r = 0; r < 10; ++r)
+                    marks += s.side1[r][c] > 0;
+                EXPECT_EQ(marks, 1) << "ID column " << c + 1;
+            }
         }
-        duplex += !s.side2.empty();
-    }
-    EXPECT_EQ(duplex, 1);
-    // The first sheet answers all 50 questions once each.
-    EXPECT_EQ(rowsWithOneMark(sheets[0].side1, 28, 25, 0, 5), 25);
-    EXPECT_EQ(rowsWithOneMark(sheets[0].side1, 28, 25, 7, 5), 25);
-}
-
-TEST(SampleSheets, NarrowScannersGetTwelveColumnCards)
-{
-    for (int type : {23, 24}) {
-        const auto cards = sampleSheets(type);
-        ASSERT_EQ(cards.size(), 3u);
-        for (const auto& c : cards) {
-            EXPECT_EQ(c.side1[0].size(), 12u);
-            EXPECT_TRUE(c.side2.empty());
+        EXPECT_EQ(duplex, model == 2 ? 1 : 0);
+        EXPECT_EQ(rowsWithOneMark(sheets[0].side1, questions, 25, 0, 5), 25) << model;
+        if (model == 2) {
+            EXPECT_EQ(rowsWithOneMark(sheets[0].side1, questions, 25, 7, 5), 25);
         }
-        EXPECT_EQ(rowsWithOneMark(cards[0].side1, 12, 25, 0, 5), 25);
     }
 }
 

@@ -1,6 +1,5 @@
 #include "tools/ToolRun.h"
 
-#include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -8,9 +7,10 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <poll.h>
+#include <regex>
 #include <sstream>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 extern char** environ;
@@ -36,19 +36,17 @@ std::vector<std::string> ToolResult::errLines() const { return lines(err); }
 
 ToolResult ToolRun::run() const
 {
-    int outPipe[2], errPipe[2];
-    if (pipe(outPipe) != 0 || pipe(errPipe) != 0)
-        return {};
+    // Output goes to files, read when the tool is done (and by whileRunning as it goes); a
+    // terminal for stderr is drained as it fills.
+    TempDir files;
+    const std::string outPath = files.file("out"), errPath = files.file("err");
+    int terminal = -1;
+    std::string errTo = errPath;
     if (stderrTerminal) {
-        // The terminal's master side is read like the pipe's read end.
-        close(errPipe[0]);
-        close(errPipe[1]);
-        errPipe[0] = posix_openpt(O_RDWR | O_NOCTTY);
-        if (errPipe[0] < 0 || grantpt(errPipe[0]) != 0 || unlockpt(errPipe[0]) != 0)
+        terminal = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+        if (terminal < 0 || grantpt(terminal) != 0 || unlockpt(terminal) != 0)
             return {};
-        errPipe[1] = open(ptsname(errPipe[0]), O_RDWR | O_NOCTTY);
-        if (errPipe[1] < 0)
-            return {};
+        errTo = ptsname(terminal);
     }
 
     // Everything the child needs is prepared before fork.
@@ -59,15 +57,13 @@ ToolResult ToolRun::run() const
             envStrings.emplace_back(*e);
     for (const auto& [name, value] : env)
         envStrings.push_back(name + "=" + value);
-    std::vector<char*> envp, argv;
-    for (auto& s : envStrings)
-        envp.push_back(s.data());
-    envp.push_back(nullptr);
     std::vector<std::string> argStrings{binary};
     argStrings.insert(argStrings.end(), args.begin(), args.end());
+    std::vector<char*> envp{nullptr}, argv{nullptr};
+    for (auto& s : envStrings)
+        envp.insert(envp.end() - 1, s.data());
     for (auto& s : argStrings)
-        argv.push_back(s.data());
-    argv.push_back(nullptr);
+        argv.insert(argv.end() - 1, s.data());
 
     const pid_t pid = fork();
     if (pid == 0) {
@@ -75,50 +71,37 @@ ToolResult ToolRun::run() const
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        dup2(outPipe[1], STDOUT_FILENO);
-        dup2(errPipe[1], STDERR_FILENO);
-        close(outPipe[0]);
-        close(errPipe[0]);
-        close(outPipe[1]);
-        close(errPipe[1]);
-        if (!cwd.empty() && chdir(cwd.c_str()) != 0)
+        const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        const int err = open(errTo.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOCTTY, 0600);
+        if (out < 0 || err < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0 ||
+            (!cwd.empty() && chdir(cwd.c_str()) != 0))
             _exit(126);
         execve(argv[0], argv.data(), envp.data());
         _exit(127);
     }
-    close(outPipe[1]);
-    close(errPipe[1]);
 
     ToolResult result;
+    const auto drain = [&] {
+        char buf[4096];
+        for (ssize_t n; terminal >= 0 && (n = read(terminal, buf, sizeof buf)) > 0;)
+            result.err.append(buf, static_cast<std::size_t>(n));
+    };
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    pollfd fds[2] = {{outPipe[0], POLLIN, 0}, {errPipe[0], POLLIN, 0}};
-    int open = 2;
-    bool killed = false;
-    while (open > 0) {
-        if (!killed && std::chrono::steady_clock::now() > deadline) {
-            kill(pid, SIGKILL);
-            killed = true;
-        }
-        if (poll(fds, 2, 200) < 0 && errno != EINTR)
-            break;
-        for (int i = 0; i < 2; ++i) {
-            if (fds[i].fd < 0 || !(fds[i].revents & (POLLIN | POLLHUP | POLLERR)))
-                continue;
-            char buf[4096];
-            const ssize_t n = read(fds[i].fd, buf, sizeof buf);
-            if (n <= 0) {
-                close(fds[i].fd);
-                fds[i].fd = -1;
-                --open;
-                continue;
-            }
-            (i == 0 ? result.out : result.err).append(buf, static_cast<std::size_t>(n));
-        }
-        if (whileRunning && !killed)
-            whileRunning(result.out, pid);
-    }
     int wstatus = 0;
-    waitpid(pid, &wstatus, 0);
+    for (bool killed = false; waitpid(pid, &wstatus, WNOHANG) == 0;) {
+        if (!killed && std::chrono::steady_clock::now() > deadline)
+            killed = kill(pid, SIGKILL) == 0;
+        drain();
+        if (whileRunning && !killed)
+            whileRunning(readFile(outPath), pid);
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    drain();
+    if (terminal >= 0)
+        close(terminal);
+    result.out = readFile(outPath);
+    if (!stderrTerminal)
+        result.err = readFile(errPath);
     result.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : 128 + WTERMSIG(wstatus);
     return result;
 }
@@ -141,6 +124,76 @@ std::string TempDir::write(const std::string& name, const std::string& text) con
 {
     std::ofstream(file(name), std::ios::binary) << text;
     return file(name);
+}
+
+namespace {
+
+std::string atDir(std::string text, const std::string& dir)
+{
+    for (auto at = text.find("$D"); at != std::string::npos; at = text.find("$D", at + dir.size()))
+        text.replace(at, 2, dir);
+    return text;
+}
+
+} // namespace
+
+ToolRun ZebreaderTool::tool(const std::string& line) const
+{
+    std::vector<std::string> words{""};
+    bool quoted = false;
+    for (const char c : atDir(line, dir.path())) {
+        if (c == '\'')
+            quoted = !quoted;
+        else if (c == ' ' && !quoted)
+            words.emplace_back();
+        else
+            words.back() += c;
+    }
+    ToolRun run;
+    run.cwd = dir.path();
+    run.env["ZEBREADER_REGISTRY"] = dir.file("registry");
+    auto w = words.begin();
+    for (; w != words.end() && w->find('=') != std::string::npos; ++w)
+        run.env[w->substr(0, w->find('='))] = w->substr(w->find('=') + 1);
+    EXPECT_TRUE(w != words.end() && (*w == "zebreader" || *w == "zebreader-sim")) << line;
+    run.binary = w != words.end() && *w == "zebreader" ? ZEBREADER_TOOL : ZEBREADER_SIM_TOOL;
+    for (++w; w < words.end(); ++w) {
+        if (*w == "2>tty")
+            run.stderrTerminal = true;
+        else if (*w == "^C")
+            run.whileRunning = [sent = false](const std::string& out, pid_t pid) mutable {
+                if (!sent && out.find('\n') != std::string::npos)
+                    sent = kill(pid, SIGINT) == 0;
+            };
+        else
+            run.args.push_back(*w);
+    }
+    return run;
+}
+
+std::vector<nlohmann::json> ZebreaderTool::jsonLines(const std::string& text)
+{
+    std::vector<nlohmann::json> out;
+    for (const auto& line : lines(text)) {
+        out.push_back(nlohmann::json::parse(line, nullptr, false));
+        EXPECT_FALSE(out.back().is_discarded()) << line;
+    }
+    return out;
+}
+
+void ZebreaderTool::expectText(const std::string& text, const std::vector<std::string>& want) const
+{
+    for (const auto& w : want) {
+        const std::string part = atDir(w.substr(w.find_first_of("=~!") == 0), dir.path());
+        if (w[0] == '!')
+            EXPECT_EQ(text.find(part), std::string::npos) << part << " in\n" << text;
+        else if (w[0] == '=')
+            EXPECT_EQ(text, part);
+        else if (w[0] == '~')
+            EXPECT_TRUE(std::regex_search(text, std::regex(part))) << "no " << part << " in\n" << text;
+        else
+            EXPECT_NE(text.find(part), std::string::npos) << "no " << part << " in\n" << text;
+    }
 }
 
 std::string readFile(const std::string& path)

@@ -1,6 +1,9 @@
 // Runs a built tool as a user would: arguments, environment, captured output, exit status.
 #pragma once
 
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
 #include <functional>
 #include <map>
 #include <string>
@@ -26,8 +29,7 @@ struct ToolRun {
     std::string cwd;
     /// Standard error goes to a pseudo-terminal, as at a desk; otherwise to a pipe.
     bool stderrTerminal = false;
-    /// Called while the tool runs, with everything written to stdout so far: each time more
-    /// arrives, and at least every 200 ms.
+    /// Called every 10 ms while the tool runs, with everything written to stdout so far.
     std::function<void(const std::string& out, pid_t pid)> whileRunning;
 
     /// Runs to the end (killed after 60 s, which fails the caller's expectations).
@@ -52,5 +54,24 @@ private:
 
 /// Reads a whole file ("" when missing).
 std::string readFile(const std::string& path);
+
+/// The tools with a private settings store, started in a fresh folder.
+class ZebreaderTool : public ::testing::Test {
+public:
+    /// `line` as a shell would run it: "zebreader" or "zebreader-sim", then its arguments
+    /// ('...' quotes); NAME=value words before it go to the environment; $D is this test's
+    /// folder. "2>tty" gives stderr a terminal; "^C" interrupts the program once it printed a
+    /// line.
+    ToolRun tool(const std::string& line) const;
+    ToolResult run(const std::string& line) const { return tool(line).run(); }
+    /// The json lines of `text` (a line that is not json fails the test).
+    static std::vector<nlohmann::json> jsonLines(const std::string& text);
+    /// Checks `text` against each of `want`: "=text" is all of it, "~regex" is searched for
+    /// (keep its stars off long lines), "!text" must not be in it,
+    /// anything else is a part of it; $D is this test's folder.
+    void expectText(const std::string& text, const std::vector<std::string>& want) const;
+
+    TempDir dir;
+};
 
 } // namespace zebreader81::test

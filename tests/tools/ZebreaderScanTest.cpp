@@ -1,11 +1,15 @@
-// zebreader scan against the built-in simulators: what a user sees of each sheet.
-#include "tools/ToolFixture.h"
-#include "tools/XmlCheck.h"
+// zebreader against scanners on devices of their own: the simulator of every family, the
+// simulator program a host developer starts, a network serial server, a person at a desk
+// feeding sheets by hand. What is read, what went over the wire, what the person is told.
+#include "tools/ToolRun.h"
 
+#include "sim/Ser2net.h"
+#include "sim/SheetFile.h"
 #include "sim/Simulators.h"
+#include "sim/ezdata/EZDataSimulator.h"
+#include "sim/scantron/ScanMarkSimulator.h"
 
 #include <csignal>
-#include <filesystem>
 #include <regex>
 
 namespace zebreader81::test {
@@ -13,209 +17,200 @@ namespace {
 
 using nlohmann::json;
 
-const char* const duplexSheet = R"(sheet
-barcode 4711
-side 1
-|X.5|
-|..F|
-side 2
-|1|
-)";
-
-const char* const twoSheets = R"(sheet
-|X|
-sheet
-|.X|
-)";
-
-class ZebreaderScan : public ZebreaderTool {
-protected:
-    void SetUp() override
-    {
-        if (!sim::hasSimulator(2))
-            GTEST_SKIP() << "no OpScan simulator in this build";
-    }
-    // A simulated OpScan 2 batch with short waits.
-    std::vector<std::string> scan(const std::string& sheets, std::vector<std::string> more = {}) const
-    {
-        std::vector<std::string> args{"scan", "--model", "2", "--simulate", "--timeout", "1", "--sleep", "1"};
-        if (!sheets.empty()) {
-            args.push_back("--sheets-file");
-            args.push_back(dir.write("sheets.txt", sheets));
-        }
-        args.insert(args.end(), more.begin(), more.end());
-        return args;
-    }
-    static int count(const std::string& text, const std::string& what)
-    {
-        int n = 0;
-        for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-            ++n;
-        return n;
-    }
-};
-
-TEST_F(ZebreaderScan, ADuplexSheetIsOneJsonLineWithBothSidesAndItsBarcode)
+int count(const std::string& text, const std::string& what)
 {
-    const auto r = run(scan(duplexSheet));
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.err, "");
-    const auto lines = jsonLines(r.out);
-    ASSERT_EQ(lines.size(), 2u) << r.out;
-    const auto& s = lines[0];
-    EXPECT_EQ(s["sheet"], 1);
-    EXPECT_EQ(s["side1"]["lbound"], json::parse("[1,1]"));
-    EXPECT_EQ(s["side1"]["ubound"], json::parse("[150,48]"));
-    const auto& rows = s["side1"]["values"];
-    ASSERT_EQ(rows.size(), 150u);
-    std::vector<int> row1(48, 0), row2(48, 0);
-    row1[0] = 15;
-    row1[2] = 5;
-    row2[2] = 15;
-    EXPECT_EQ(rows[0], json(row1));
-    EXPECT_EQ(rows[1], json(row2));
-    EXPECT_EQ(rows[2], json(std::vector<int>(48, 0)));
-    ASSERT_FALSE(s["side2"].is_null());
-    EXPECT_EQ(s["side2"]["values"][0][0], 1);
-    EXPECT_EQ(s["barcodes"], json::parse(R"({"lbound":1,"values":["4711"]})"));
-    EXPECT_EQ(s["timingMarks"][1], 1);
-    EXPECT_EQ(s["rejected"], false);
-    // Keys in the documented order.
-    EXPECT_EQ(r.outLines()[0].rfind(
-                  R"({"sheet":1,"side1":{"lbound":[1,1],"ubound":[150,48],"values":[[15,0,5,)", 0),
-              0u);
-    EXPECT_EQ(r.outLines()[1], R"({"summary":{"result":true,"sheets":1,"read":1,"cancelScan":true}})");
+    int n = 0;
+    for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++n;
+    return n;
 }
 
-TEST_F(ZebreaderScan, TheSampleSheetsAreReadToTheEndOfTheBatch)
+TEST_F(ZebreaderTool, TraceShowsEveryByteAndRejectAndPrintSendTheirCommands)
 {
-    const auto r = run(scan(""));
+    dir.write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
+    const auto r =
+        run("zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file two.txt --rejecter "
+            "--reject 2 --print HI --print-distance 7 --trace trace.txt");
     ASSERT_EQ(r.status, 0) << r.err;
-    const auto lines = jsonLines(r.out);
-    ASSERT_EQ(lines.size(), 4u);
-    int duplex = 0;
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(lines[static_cast<std::size_t>(i)]["sheet"], i + 1);
-        duplex += !lines[static_cast<std::size_t>(i)]["side2"].is_null();
-    }
-    EXPECT_GE(duplex, 1);
-    EXPECT_EQ(lines[3]["summary"]["read"], 3);
-}
-
-TEST_F(ZebreaderScan, RejectSendsTheRejectCommandForTheListedSheetsOnly)
-{
-    const auto trace = dir.file("trace.txt");
-    const auto r = run(scan(twoSheets, {"--rejecter", "--reject", "2", "--trace", trace}));
-    ASSERT_EQ(r.status, 0) << r.err;
-    const auto lines = jsonLines(r.out);
-    ASSERT_EQ(lines.size(), 3u);
-    EXPECT_EQ(lines[0]["rejected"], false);
-    EXPECT_EQ(lines[1]["rejected"], true);
-    // ESC DC2 once; the rejected last sheet is not ejected as well.
-    const auto text = readFile(trace);
-    EXPECT_EQ(count(text, "> 1B 12 "), 1) << text;
-}
-
-TEST_F(ZebreaderScan, PrintImprintsPositionAndTextOnEverySheet)
-{
-    const auto trace = dir.file("trace.txt");
-    const auto r = run(scan(twoSheets, {"--print", "HI", "--print-distance", "7", "--trace", trace}));
-    ASSERT_EQ(r.status, 0) << r.err;
-    const auto text = readFile(trace);
-    EXPECT_EQ(count(text, "> 31 30 37 04 "), 2) << text;    // "1", "07", EOT
-    EXPECT_EQ(count(text, "> 32 48 49 20 04 "), 2) << text; // "2", "HI", blank, EOT
-}
-
-TEST_F(ZebreaderScan, TraceShowsEveryByteWithTimeDirectionHexAndText)
-{
-    const auto trace = dir.file("trace.txt");
-    ASSERT_EQ(run(scan(twoSheets, {"--trace", trace})).status, 0);
-    const auto text = readFile(trace);
+    expectText(r.out, {"~^\\{\"sheet\":1,", "\"rejected\":false}\n{\"sheet\":2,",
+                       "\"rejected\":true}\n{\"summary\""});
+    const auto text = readFile(dir.file("trace.txt"));
     const auto lines = ToolResult{0, text, {}}.outLines();
     ASSERT_GT(lines.size(), 3u);
     EXPECT_EQ(lines[0].rfind("# zebreader trace of COM1 (simulated, /dev/pts/", 0), 0u) << lines[0];
     const std::regex line(R"(\d+\.\d{6} [<>]( [0-9A-F]{2}){1,16} *  .{1,16})");
     for (std::size_t i = 1; i < lines.size(); ++i)
         EXPECT_TRUE(std::regex_match(lines[i], line)) << lines[i];
-    // The first command is the full status query; replies come back.
+    // The full status query first; replies come back.
     EXPECT_NE(lines[1].find("> 73 30 "), std::string::npos) << lines[1];
     EXPECT_NE(lines[1].find("  s0"), std::string::npos);
     EXPECT_NE(text.find(" < "), std::string::npos);
+    // ESC DC2 once: the rejected last sheet is not ejected as well. Position "1" "07" EOT and
+    // text "2" "HI" blank EOT on every sheet.
+    EXPECT_EQ(count(text, "> 1B 12 "), 1) << text;
+    EXPECT_EQ(count(text, "> 31 30 37 04 "), 2) << text;
+    EXPECT_EQ(count(text, "> 32 48 49 20 04 "), 2) << text;
 }
 
-TEST_F(ZebreaderScan, SvgWritesOneWellFormedPicturePerSheet)
-{
-    const auto folder = dir.file("pictures");
-    const auto r =
-        run(scan(duplexSheet + std::string("barcode <&>\n"), {"--format", "svg", "--output", folder}));
-    ASSERT_EQ(r.status, 0) << r.err;
-    const auto svg = readFile(folder + "/sheet-0001.svg");
-    EXPECT_EQ(xmlProblem(svg), "");
-    EXPECT_NE(svg.find("<svg xmlns=\"http://www.w3.org/2000/svg\""), std::string::npos);
-    EXPECT_NE(svg.find("Side 2"), std::string::npos);
-    EXPECT_EQ(r.out, folder + "/sheet-0001.svg\n");
-}
-
-TEST_F(ZebreaderScan, CsvHasOneRowPerSheetSideRowWithTheRejectedFlagAndBarcodes)
-{
-    const auto r = run(scan(duplexSheet + std::string("barcode 9,\"8\"\nsheet\n|X|\n"),
-                            {"--format", "csv", "--rejecter", "--reject", "2"}));
-    ASSERT_EQ(r.status, 0) << r.err;
-    const auto lines = r.outLines();
-    ASSERT_EQ(lines.size(), 1u + 150u + 150u + 150u + 150u);
-    EXPECT_EQ(lines[0].rfind("sheet,side,row,rejected,barcodes,c1,c2,", 0), 0u);
-    EXPECT_EQ(lines[1].rfind("1,1,1,0,\"4711;9,\"\"8\"\"\",15,0,5,0,", 0), 0u) << lines[1];
-    EXPECT_EQ(lines[151].rfind("1,2,1,0,\"4711;9,\"\"8\"\"\",1,0,", 0), 0u);
-    EXPECT_EQ(lines[301].rfind("2,1,1,1,", 0), 0u) << lines[301]; // the second sheet, rejected
-}
-
-TEST_F(ZebreaderScan, GridShadesMarksByStrengthInTheLocalesCharacters)
-{
-    const struct {
-        const char* locale;
-        std::string row; // 15, 0, 5
-    } cases[] = {{"C.UTF-8", "  1 \u2588\u00B7\u2592"}, {"C", "  1 @.+"}, {"POSIX", "  1 @.+"}};
-    for (const auto& c : cases) {
-        auto t = tool(scan(duplexSheet, {"--format", "grid"}));
-        t.env["LC_ALL"] = c.locale;
-        const auto r = t.run();
-        ASSERT_EQ(r.status, 0) << r.err;
-        EXPECT_NE(r.out.find("Sheet 1"), std::string::npos);
-        EXPECT_NE(r.out.find(c.row), std::string::npos) << c.locale << "\n" << r.out;
-        EXPECT_NE(r.out.find("Batch done: 1 sheet(s) read of 1 read(s) started, stopped"), std::string::npos)
-            << r.out;
-    }
-}
-
-TEST_F(ZebreaderScan, SvgWithoutAFolderWritesIntoTheCurrentOne)
-{
-    auto t = tool(scan(twoSheets, {"--format", "svg"}));
-    t.cwd = dir.path();
-    const auto r = t.run();
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(r.out, "sheet-0001.svg\nsheet-0002.svg\n");
-    EXPECT_EQ(xmlProblem(readFile(dir.file("sheet-0002.svg"))), "");
-}
-
-TEST_F(ZebreaderScan, CtrlCEndsAWaitForAHandFedSheetCleanly)
+TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)
 {
     // Two sheets, five asked for, fed by hand: the third read waits until Ctrl-C.
-    const auto trace = dir.file("trace.txt");
-    auto t = tool(scan(twoSheets, {"--no-feeder", "--sheets", "5", "--trace", trace}));
+    dir.write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
+    auto t =
+        tool("zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file two.txt --no-feeder "
+             "--sheets 5 --trace trace.txt 2>tty");
     bool sent = false;
     t.whileRunning = [&](const std::string&, pid_t pid) {
-        if (!sent && count(readFile(trace), " > 11 ") == 3) { // the third sheet's start (DC1)
-            kill(pid, SIGINT);
-            sent = true;
-        }
+        if (!sent && count(readFile(dir.file("trace.txt")), " > 11 ") == 3) // the third sheet's start (DC1)
+            sent = kill(pid, SIGINT) == 0;
     };
     const auto r = t.run();
     EXPECT_TRUE(sent);
     EXPECT_EQ(r.status, 0) << r.err;
     // Three reads were started; the third was stopped before a sheet came.
     EXPECT_EQ(r.outLines().back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
+    for (int sheet = 1; sheet <= 3; ++sheet)
+        expectText(r.err, {"waiting for sheet " + std::to_string(sheet) + ": feed a sheet, Ctrl-C to stop"});
+    expectText(r.err, {"!waiting for sheet 4"});
     // The port was closed the orderly way: the feeder stopped (SO) at the end.
-    EXPECT_NE(readFile(trace).find(" > 0E "), std::string::npos);
+    EXPECT_NE(readFile(dir.file("trace.txt")).find(" > 0E "), std::string::npos);
+}
+
+class ZebreaderFamily : public ZebreaderTool, public ::testing::WithParamInterface<int> {};
+
+TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
+{
+    const int model = GetParam();
+    const auto r =
+        run("zebreader scan --model " + std::to_string(model) + " --simulate --sleep 1 --timeout 2");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    const auto lines = jsonLines(r.out);
+    const auto samples = sim::sampleSheets(model);
+    ASSERT_EQ(lines.size(), samples.size() + 1);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const auto& side1 = lines[i]["side1"];
+        ASSERT_EQ(side1["lbound"], json::parse("[1,1]"));
+        int compared = 0;
+        for (std::size_t row = 0; row < samples[i].side1.size(); ++row)
+            for (std::size_t col = 0; col < samples[i].side1[row].size(); ++col) {
+                const bool marked = samples[i].side1[row][col] > 0;
+                ASSERT_EQ(side1["values"][row][col].get<int>() > 0, marked)
+                    << "sheet " << i + 1 << " row " << row + 1 << " column " << col + 1;
+                compared += marked;
+            }
+        EXPECT_GT(compared, 50);
+    }
+    EXPECT_EQ(lines.back()["summary"],
+              json::parse(R"({"result":true,"sheets":3,"read":3,"cancelScan":true})"));
+}
+
+// OpScan, ScanMark, 8000 series, PDI, EZData, the ACP-100 that speaks EZData, and the
+// Chatsworth family (the OMR1100, and the ALS AccelScan whose cards wait for an eject).
+INSTANTIATE_TEST_SUITE_P(Simulated, ZebreaderFamily, ::testing::Values(2, 14, 16, 24, 23, 37, 20, 22));
+
+TEST_F(ZebreaderTool, TheSimulatorProgramServesTheLineItSuggestsUntilInterrupted)
+{
+    // The README's two terminals: the command line the simulator suggests reads its sheets.
+    dir.write("card.txt", "sheet\nside 1\n|X.....  .....X|\n|..X...|\n");
+    auto simulator = tool("zebreader-sim pdi --sheets card.txt");
+    std::string scan;
+    ToolResult read;
+    simulator.whileRunning = [&](const std::string& out, pid_t pid) {
+        if (!scan.empty() || out.find('\n') == std::string::npos)
+            return;
+        scan = "zebreader scan --model 24 --device " + out.substr(0, out.find('\n')) + " --side1 2:12";
+        read = run(scan + " --sheets 1 --timeout 2 --sleep 1");
+        kill(pid, SIGINT);
+    };
+    const auto r = simulator.run();
+    EXPECT_EQ(r.status, 0) << r.err;
+    expectText(r.err, {"Read them with:\n  " + scan + "\n", "zebreader-sim: stopped"});
+    ASSERT_EQ(read.status, 0) << read.err;
+    const auto lines = jsonLines(read.out);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0]["side1"]["values"][0], json::parse("[241,0,0,0,0,0,0,0,0,0,0,241,0,0]"));
+    EXPECT_EQ(lines[0]["side1"]["values"][1], json::parse("[0,0,241,0,0,0,0,0,0,0,0,0,0,0]"));
+}
+
+// Every port leads nowhere except `port`, which leads to `path`.
+std::string onlyPort(int port, const std::string& path)
+{
+    std::string env;
+    for (int p = 1; p <= 16; ++p)
+        env += "ZEBREADER_COM" + std::to_string(p) + "=" + (p == port ? path : "/nonexistent/tty") + " ";
+    return env;
+}
+
+TEST_F(ZebreaderTool, LocateFindsTheEZDataScannerAndFirmwareAsksIt)
+{
+    sim::EZDataSimulator scanner;
+    scanner.setFirmware("  EZData 2.14  ");
+    const auto env = onlyPort(5, scanner.path());
+    for (const auto& [line, out] :
+         {std::pair{env + "zebreader locate --model 23", "5\n"},
+          {env + "zebreader firmware --model 'Scantron EZData' --port 5", "EZData 2.14\n"},
+          {"zebreader firmware --model 23 --device " + scanner.path(), "EZData 2.14\n"}}) {
+        const auto r = run(line);
+        EXPECT_EQ(r.status, 0) << r.err;
+        EXPECT_EQ(r.out, out);
+    }
+    EXPECT_EQ(scanner.words(), (std::vector<std::string>{"probe", "V", "V"}));
+
+    const auto r = run(onlyPort(0, "") + "zebreader locate --model 23 --start-port 3");
+    EXPECT_EQ(r.status, 1);
+    EXPECT_EQ(r.out, "");
+    expectText(r.err, {"no Scantron EZData answered on ports 3, 1 to 16"});
+}
+
+TEST_F(ZebreaderTool, AScanmarkReadsTheFormSavedInTheSettingsAndARefusedSheetIsNeverPrinted)
+{
+    sim::ScanMarkSimulator scanner(14, sim::sampleSheets(14));
+    ASSERT_EQ(
+        run(R"(zebreader settings save --settings Software\Desk --model 14 --side1 53:40 --timeout 2 --sleep 1)")
+            .status,
+        0);
+    auto r = run(R"(zebreader scan --settings Software\Desk --device )" + scanner.path());
+    ASSERT_EQ(r.status, 0) << r.err;
+    auto lines = jsonLines(r.out);
+    ASSERT_EQ(lines.size(), 4u) << r.out;
+    EXPECT_EQ(lines[0]["side1"]["ubound"], json::parse("[53,40]"));
+    EXPECT_EQ(lines[3]["summary"]["read"], 3);
+
+    sim::ScanMarkSimulator refusing(14, sim::sampleSheets(14));
+    refusing.rejectCommand("READ");
+    r = run(R"(zebreader scan --settings Software\Desk --device )" + refusing.path());
+    EXPECT_EQ(r.status, 1);
+    lines = jsonLines(r.out);
+    ASSERT_EQ(lines.size(), 1u) << r.out;
+    EXPECT_EQ(lines[0]["summary"]["read"], 0);
+    expectText(r.err, {"the scanner refused to read sheet 1"});
+}
+
+TEST_F(ZebreaderTool, NoResponseReportsSayWhichPort)
+{
+    auto scanner = sim::makeSimulator(2, {});
+    scanner->setSilent(true);
+    const auto scan = "zebreader scan --model 2 --port 4 --timeout 1 --sleep 1 --device " + scanner->path();
+    auto r = run(scan + " --format csv");
+    EXPECT_EQ(r.status, 1);
+    expectText(r.err, {"~^[^\n]*\\(No Response\\)", "~^[^\n]*\\[COM4, " + scanner->path() + "\\]"});
+    r = run(scan);
+    const auto error = json::parse(r.errLines().at(0));
+    EXPECT_EQ(error["error"]["port"], 4);
+    EXPECT_EQ(error["error"]["device"], scanner->path());
+}
+
+TEST_F(ZebreaderTool, ScanReadsThroughANetworkSerialServerNamedByDevice)
+{
+    if (sim::Ser2net::program().empty())
+        GTEST_SKIP() << "ser2net is not installed (scripts/setup installs it)";
+    auto scanner = sim::makeSimulator(2, sim::sampleSheets(2));
+    sim::Ser2net server(scanner->path(), sim::Ser2net::Mode::Raw);
+    ASSERT_TRUE(server.running()) << server.log();
+    const auto r = run("zebreader scan --model 2 --sheets 1 --sleep 1 --timeout 2 --device " + server.url());
+    ASSERT_EQ(r.status, 0) << r.err << r.out;
+    expectText(r.out, {R"({"summary":{"result":true,"sheets":1,"read":1,"cancelScan":true}})"});
 }
 
 } // namespace

@@ -1,136 +1,297 @@
-// zebreader as a user runs it: the catalogue commands, usage errors and error lines.
-#include "tools/ToolFixture.h"
+// zebreader and zebreader-sim as a user runs them, one command line after another in one
+// settings store: what each prints and its exit status. Usage errors (2) print nothing on
+// stdout and are refused before any device is opened (that would fail with 1).
+#include "tools/ToolRun.h"
 
-#include "sim/Simulators.h"
-
-#include <csignal>
+#include <filesystem>
+#include <regex>
+#include <sstream>
 
 namespace zebreader81::test {
 namespace {
 
-using nlohmann::json;
-
-TEST_F(ZebreaderTool, ModelsJsonListsAllFortyTwoModels)
+// One side of a sheet in json: a 150 x 48 form with `marks` in its top left corner.
+std::string side(const std::vector<std::vector<int>>& marks)
 {
-    const auto r = run({"models", "--json"});
-    ASSERT_EQ(r.status, 0) << r.err;
-    const auto list = json::parse(r.out);
-    ASSERT_EQ(list.size(), 42u);
-    for (int t = 0; t <= 41; ++t)
-        EXPECT_EQ(list[static_cast<std::size_t>(t)]["number"], t);
-    EXPECT_EQ(list[2],
-              json::parse(R"({"number":2,"name":"Scantron OpScan 2","family":"OpScan","interface":"Serial",)"
-                          R"("reads":true,"simulated":)" +
-                          std::string(sim::hasSimulator(2) ? "true" : "false") + R"(,"marks":"0-15"})"));
-    EXPECT_EQ(list[24]["marks"], "0 or threshold+1");
-    EXPECT_EQ(list[37]["name"], "Chatsworth Data ACP-100");
-    EXPECT_EQ(list[37]["family"], list[23]["family"]); // served by the EZData driver
-    EXPECT_EQ(list[30]["interface"], "USB");
-    EXPECT_EQ(list[1]["reads"], false);
-    for (int chatsworth : {20, 21, 22, 35, 41})
-        EXPECT_EQ(list[static_cast<std::size_t>(chatsworth)]["reads"], true) << chatsworth;
+    std::string out = R"({"lbound":[1,1],"ubound":[150,48],"values":[)";
+    for (std::size_t r = 0; r < 150; ++r)
+        for (std::size_t c = 0; c < 48; ++c)
+            out += (c   ? ","
+                    : r ? "],["
+                        : "[") +
+                   std::to_string(r < marks.size() && c < marks[r].size() ? marks[r][c] : 0);
+    return out + "]]}";
 }
 
-TEST_F(ZebreaderTool, ProfileTakesANumberOrADisplayNameInAnyCase)
+// The grid of duplex.txt with `row1`, `row2` and `side2` in the characters of a locale.
+std::string grid(const std::string& row1, const std::string& row2, const std::string& side2)
 {
-    const auto byNumber = run({"profile", "37", "--json"});
-    const auto byName = run({"profile", "chatsworth data ACP-100", "--json"});
-    ASSERT_EQ(byNumber.status, 0) << byNumber.err;
-    EXPECT_EQ(byName.out, byNumber.out);
-    const auto p = json::parse(byNumber.out);
-    EXPECT_EQ(p["number"], 37);
-    EXPECT_EQ(p["name"], "Chatsworth Data ACP-100");
-    EXPECT_TRUE(p.contains("RecognitionThresholdMaximum"));
+    return R"(Sheet 1  timing marks 2/1  barcodes: [4711]\n  Side 1: rows 1-150, columns 1-48 (shown up to )"
+           R"(the last mark)\n         \n    1 )" +
+           row1 + R"(\n    2 )" + row2 +
+           R"(\n  Side 2: rows 1-150, columns 1-48 (shown up to the last mark)\n       \n    1 )" + side2 +
+           R"(\nBatch done: 1 sheet(s) read of 1 read(s) started, stopped\n)";
 }
 
-TEST_F(ZebreaderTool, UsageErrorsExitTwoAndSayWhatIsWrong)
+// "" when `doc` is a well-formed XML document (one root, nested tags, quoted attributes, known
+// entities), else what is wrong first.
+std::string xmlProblem(const std::string& doc)
 {
-    auto r = run({"profile", "Scantron OpScan 99"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("unknown model \"Scantron OpScan 99\""), std::string::npos) << r.err;
-    r = run({"scan", "--model", "42"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("model 42 is out of range"), std::string::npos) << r.err;
-    r = run({"scan", "--format", "xml"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("--format"), std::string::npos) << r.err;
-    r = run({"scan", "--reject", "2,x"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("--reject: \"x\" is not a sheet number"), std::string::npos) << r.err;
-    r = run({"scan", "--simulate", "--device", "/dev/null"});
-    EXPECT_EQ(r.status, 2);
-    r = run({"scan", "--model", "1", "--simulate"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_NE(r.err.find("no simulator for model 1 (Apperson Advantage Link)"), std::string::npos) << r.err;
-    r = run({"frobnicate"});
-    EXPECT_EQ(r.status, 2);
-    EXPECT_EQ(run({"--help"}).status, 0);
-}
-
-// A port number out of range can still come from imported settings.
-class ZebreaderSavedPort : public ZebreaderTool {
-protected:
-    void SetUp() override
-    {
-        const auto reg = dir.write("port.reg", "Windows Registry Editor Version 5.00\r\n\r\n"
-                                               "[HKEY_CURRENT_USER\\Software\\Port]\r\n"
-                                               "\"ScannerType\"=\"2\"\r\n\"ScannerPort\"=\"0\"\r\n\r\n");
-        ASSERT_EQ(run({"settings", "import", reg}).status, 0);
+    const std::regex tag(
+        R"(<(/?)([\w:.-]+)((?:\s+[\w:.-]+=(?:"[^"]*"|'[^']*'))*)\s*(/?)>|<\?xml[^>]*\?>|<!--[\s\S]*?-->)");
+    const std::regex badText(R"(<|&(?!(amp|lt|gt|quot|apos|#[0-9]+|#x[0-9a-fA-F]+);))");
+    std::vector<std::string> open;
+    int roots = 0;
+    auto at = doc.cbegin();
+    for (std::sregex_iterator i(doc.begin(), doc.end(), tag), end; i != end; at = (*i++)[0].second) {
+        const auto& m = *i;
+        const std::string text(at, m[0].first);
+        if (open.empty() && text.find_first_not_of(" \t\r\n") != std::string::npos)
+            return "text outside the root element: " + text;
+        if (std::regex_search(text, badText) || std::regex_search(m[3].str(), badText))
+            return "a stray < or unknown entity before or in " + m.str();
+        if (m[2].length() == 0)
+            continue; // a declaration or comment
+        if (m[1].length() > 0 && (open.empty() || open.back() != m[2]))
+            return m.str() + " does not match";
+        if (m[1].length() > 0)
+            open.pop_back();
+        else if (open.empty() && ++roots > 1)
+            return "more than one root element";
+        else if (m[4].length() == 0)
+            open.push_back(m[2]);
     }
-};
-
-TEST_F(ZebreaderSavedPort, AnInvalidPortIsReportedAsAJsonErrorLineAndExitsOne)
-{
-    const auto r = run({"scan", "--settings", "Software\\Port"});
-    EXPECT_EQ(r.status, 1);
-    const std::string expected =
-        R"({"error":{"number":8002,"kind":2,"description":"An error has occurred attempting to initialize the )"
-        R"(selected COM port: 0. Please verify the COM port number and settings and then retry the operation.",)"
-        R"("location":"basRead.ReaderInit","title":"Invalid Port Number"}})";
-    ASSERT_EQ(r.errLines().size(), 1u) << r.err;
-    EXPECT_EQ(r.errLines().front(), expected);
-    // The batch still ends with its summary; the failed start leaves CancelScan as it was.
-    EXPECT_EQ(r.outLines().back(), R"({"summary":{"result":false,"sheets":0,"read":0,"cancelScan":false}})");
+    if (std::string(at, doc.cend()).find_first_not_of(" \t\r\n") != std::string::npos)
+        return "text after the root element";
+    return !open.empty() ? "<" + open.back() + "> is not closed" : roots == 1 ? "" : "no root element";
 }
 
-TEST_F(ZebreaderSavedPort, ErrorLinesAreReadableTextOnATerminalFormat)
+TEST_F(ZebreaderTool, CommandLines)
 {
-    const auto r = run({"scan", "--settings", "Software\\Port", "--format", "csv"});
-    EXPECT_EQ(r.status, 1);
-    ASSERT_FALSE(r.errLines().empty());
-    EXPECT_EQ(
-        r.errLines().front(),
-        "zebreader: error 8002 (Invalid Port Number) in basRead.ReaderInit: An error has occurred attempting "
-        "to initialize the selected COM port: 0. Please verify the COM port number and settings and then "
-        "retry the operation.");
-}
+    const std::string duplex = "sheet\nbarcode 4711\nside 1\n|X.5|\n|..F|\nside 2\n|1|\n";
+    dir.write("duplex.txt", duplex);
+    dir.write("svg.txt", duplex + "barcode <&>\n");
+    dir.write("csv.txt", duplex + "barcode 9,\"8\"\nsheet\n|X|\n");
+    dir.write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
+    dir.write("side2.txt", "sheet\n|X|\nsheet\n|X|\nside 2\n|.X|\n");
+    dir.write("bad.txt", "sheet\n|..Q|\n");
+    dir.write("file", "x");
+    dir.write("blocker", "a file where the settings folder should be");
+    std::filesystem::create_directories(dir.file("folder"));
+    std::filesystem::create_directories(dir.file("damaged"));
+    const std::string damaged = "this is not a registry file\n";
+    dir.write("damaged/HKEY_CURRENT_USER.reg", damaged);
+    dir.write("site.reg",
+              "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\Imported]\r\n"
+              "\"ScannerType\"=\"24\"\r\n\"ScannerPort\"=\"0\"\r\n\"Duplex\"=\"True\"\r\n"
+              "\"ScannerParity\"=\"E\"\r\n\r\n");
 
-TEST_F(ZebreaderTool, BothToolsTellTheirVersion)
-{
-    const auto r = run({"--version"});
-    EXPECT_EQ(r.status, 0);
-    EXPECT_EQ(r.out, std::string("zebreader ") + ZEBREADER_VERSION_TEXT + "\n");
-    ToolRun simulator;
-    simulator.binary = ZEBREADER_SIM_TOOL;
-    simulator.args = {"--version"};
-    EXPECT_EQ(simulator.run().out, std::string("zebreader-sim ") + ZEBREADER_VERSION_TEXT + "\n");
-}
+    // Each command line comes after its exit status; "> " parts are what it prints on stdout,
+    // "2> " parts on stderr (see expectText; \n is a newline). $SIM scans the built-in
+    // OpScan simulator with short waits.
+    const std::string transcript =
+        R"T(
+// The catalogue; both tools name a model the same way.
+0 zebreader --version
+> =zebreader )T" ZEBREADER_VERSION_TEXT R"T(\n
+0 zebreader-sim --version
+> =zebreader-sim )T" ZEBREADER_VERSION_TEXT R"T(\n
+0 zebreader --help  > Usage:
+0 zebreader models --json  > ~^\[\{"number":0,"name":"None",  > ~,\{"number":41,"name":"Chatsworth Data ACP-200",[^{]*\}\]
+> {"number":20,"name":"Chatsworth Data OMR1100","family":"Chatsworth","interface":"Serial","reads":true,
+> {"number":21,"name":"Chatsworth Data OMR2000","family":"Chatsworth","interface":"Serial","reads":true,
+> {"number":22,"name":"Chatsworth Data ALS AccelScan OMR","family":"Chatsworth","interface":"Serial","reads":true,
+> {"number":35,"name":"Chatsworth Data ACF-200","family":"Chatsworth","interface":"Serial","reads":true,
+> {"number":41,"name":"Chatsworth Data ACP-200","family":"Chatsworth","interface":"Serial","reads":true,
+> {"number":1,"name":"Apperson Advantage Link","family":"Apperson","interface":"Serial","reads":false,
+> {"number":2,"name":"Scantron OpScan 2","family":"OpScan","interface":"Serial","reads":true,"simulated":true,"marks":"0-15"}
+> {"number":23,"name":"Scantron EZData","family":"EZData",
+> "name":"Peripheral Dynamics Inc. VMR138","family":"PDI","interface":"Serial","reads":true,"simulated":true,"marks":"0 or threshold+1"}
+> {"number":30,"name":"Sekonic SR2300 (USB)","family":"Sekonic USB","interface":"USB",
+> {"number":37,"name":"Chatsworth Data ACP-100","family":"EZData",
+0 zebreader profile 37 --json  > {"number":37,"name":"Chatsworth Data ACP-100",  > "RecognitionThresholdMaximum":
+0 zebreader profile 'chatsworth data ACP-100' --json  > {"number":37,"name":"Chatsworth Data ACP-100",
+0 zebreader profile 2 --json  > {"number":2,
+0 zebreader profile 'scantron opscan 2' --json  > {"number":2,
+0 zebreader profile opscan --json  > {"number":2,
+0 zebreader-sim 2 ^C  > ~^/dev/pts/  2> zebreader scan --model 2 --device /dev/pts/  2> zebreader-sim: stopped
+0 zebreader-sim 'scantron opscan 2' ^C  2> zebreader scan --model 2 --device /dev/pts/
+0 zebreader-sim opscan ^C  2> zebreader scan --model 2 --device /dev/pts/
 
-TEST_F(ZebreaderTool, BothToolsNameAModelTheSameWay)
-{
-    for (const std::string name : {"2", "scantron opscan 2", "opscan"}) {
-        EXPECT_EQ(run({"profile", name, "--json"}).status, 0) << name;
-        ToolRun simulator;
-        simulator.binary = ZEBREADER_SIM_TOOL;
-        simulator.args = {name};
-        simulator.whileRunning = [](const std::string& out, pid_t pid) {
-            if (out.find('\n') != std::string::npos)
-                kill(pid, SIGINT);
-        };
-        const auto r = simulator.run();
-        EXPECT_EQ(r.status, 0) << name << ": " << r.err;
-        EXPECT_NE(r.err.find("zebreader scan --model 2 "), std::string::npos) << r.err;
+// Usage errors.
+2 zebreader profile 'Scantron OpScan 99'  2> unknown model "Scantron OpScan 99"
+2 zebreader scan --model 42  2> model 42 is out of range
+2 zebreader scan --format xml  2> --format
+2 zebreader scan --reject 2,x  2> --reject: "x" is not a sheet number
+2 zebreader scan --simulate --device /dev/null  2> --simulate and --device exclude each other
+2 zebreader scan --model 1 --simulate  2> no simulator for model 1 (Apperson Advantage Link)
+2 zebreader frobnicate
+2 zebreader scan --sheets -5  2> --sheets -5
+2 zebreader scan --port 0  2> --port
+2 zebreader scan --port 17  2> --port
+2 zebreader settings save --port 17  2> --port
+2 zebreader scan --timeout 0  2> --timeout
+2 zebreader scan --timeout 601  2> --timeout
+2 zebreader scan --model 2 --threshold 16  2> --threshold 16 is outside the range of the Scantron OpScan 2: 0 to 15
+2 zebreader scan --model 24 --threshold 191  2> 192 to 254
+2 zebreader scan --model 2 --side1 0:0  2> is not a form size
+2 zebreader firmware --model 23 --port 17  2> --port
+2 zebreader locate --model 23 --start-port 17  2> --start-port
+2 zebreader locate --model 2  2> the Scantron OpScan 2 does not answer the port search; models that do: 
+2 zebreader firmware --model 24  2> does not answer the firmware query
+2 zebreader ports map 17 /dev/x
+// A ScanMark reads only the form it is sent.
+2 zebreader scan --model 14 --device $D/tty  2> give its size with --side1 ROWS:COLS
+2 zebreader scan --model 'Scantron 8000' --device $D/tty  2> this form is 0 x 0
+2 zebreader scan --model 14 --device $D/tty --side1 0:0  2> --side1: "0:0" is not a form size
+2 zebreader scan --model 14 --device $D/tty --side1 53:49  2> columns from 1 to 48
+2 zebreader scan --model 14 --device $D/tty --side1 53:40 --mode window  2> --window
+2 zebreader-sim sekonic  2> unknown model "sekonic"  2> opscan
+2 zebreader-sim 7  2> "7" is not a model of a simulated family
+2 zebreader-sim opscan --sheets bad.txt  2> bad.txt:2: 'Q' is not a mark
+
+// Settings: saved, loaded, imported, exported; what a scan with them does.
+2 zebreader scan --settings Software\Nothing  2> no settings are stored under Software\Nothing (hkcu)
+2 zebreader settings load --settings Software\Nothing  2> no settings are stored under
+0 zebreader settings save --settings 'Software\Site\Desk 1' --model 2 --port 9 --timeout 3 --no-feeder
+0 zebreader settings load --settings 'Software\Site\Desk 1' --json  > "ScannerType":"2",  > "ScannerPort":"9",
+> "TimeOut":"3",
+> "Feeder":"False",
+> "ScannerBaud":"38400",
+1 ZEBREADER_COM9=$D/no-such-tty zebreader scan --settings 'Software\Site\Desk 1' --format csv
+2> =zebreader: error 8002 in basRead.ReaderInit: Invalid port number: $D/no-such-tty: No such file or directory\n
+0 zebreader settings save --settings Software\Site --model 2 --port 7 --sleep 1 --timeout 1
+0 zebreader scan --settings Software\Site --simulate  > {"sheet":3,
+> {"summary":{"result":true,"sheets":3,"read":3,"cancelScan":true}}\n
+0 zebreader settings save --settings 'Software\Site\Desk 2' --model 24 --port 3 --timeout 20 --no-feeder
+0 zebreader settings save --settings 'Software\Site\Desk 2' --timeout 30
+2> saved the settings of Peripheral Dynamics Inc. VMR138
+0 zebreader settings load --settings 'Software\Site\Desk 2' --json  > "ScannerType":"24",  > "ScannerPort":"3",
+> "TimeOut":"30",
+> "Feeder":"False",
+1 ZEBREADER_REGISTRY=$D/blocker/registry zebreader settings save --model 2 --timeout 20
+2> =zebreader: the settings were not saved under Software\ZEBReader81\zebreader: the folder $D/blocker/registry does not exist and cannot be made\n
+1 ZEBREADER_REGISTRY=$D/damaged zebreader settings save --model 2 --timeout 20
+2> \nzebreader: the settings were not saved under Software\ZEBReader81\zebreader: $D/damaged/HKEY_CURRENT_USER.reg is damaged and was left as it is: repair or remove it\n
+2> !saved the settings
+0 zebreader settings import site.reg
+0 zebreader settings show --settings Software\Imported --json
+> ={"ScannerType":"24","ScannerPort":"0","Duplex":"True","ScannerParity":"E"}\n
+0 zebreader settings load --settings Software\Imported --json  > "ScannerType":"24",  > "Duplex":"True",
+> "SleepTime":"50",
+// A port out of range from imported settings: the failed start leaves CancelScan as it was.
+1 zebreader scan --settings Software\Imported
+> ={"summary":{"result":false,"sheets":0,"read":0,"cancelScan":false}}\n
+2> ={"error":{"number":8002,"kind":2,"description":"An error has occurred attempting to initialize the selected COM port: 0. Please verify the COM port number and settings and then retry the operation.","location":"basRead.ReaderInit","title":"Invalid Port Number"}}\n
+1 zebreader scan --settings Software\Imported --format csv  > =
+2> =zebreader: error 8002 (Invalid Port Number) in basRead.ReaderInit: An error has occurred attempting to initialize the selected COM port: 0. Please verify the COM port number and settings and then retry the operation.\n
+0 zebreader settings export --settings Software\Imported --utf8 out.reg
+
+// The port map: paths made absolute, network addresses kept as given.
+0 zebreader ports map 3 /dev/ttyUSB-desk
+0 zebreader ports --json  > {"port":3,"path":"/dev/ttyUSB-desk","from":"stored","present":false}
+> {"port":4,"path":"/dev/ttyS3","from":"default",
+> ~\{"port":16,[^{]*\}\]\}\n$
+0 zebreader ports map 3 rfc2217://scanbox:2003  > =COM3 -> rfc2217://scanbox:2003\n
+0 zebreader ports --json  > {"port":3,"path":"rfc2217://scanbox:2003","from":"stored","network":true}
+0 zebreader ports  > COM3  rfc2217://scanbox:2003  (stored, network)
+0 zebreader ports map 2 tty-desk  > =COM2 -> $D/tty-desk\n
+0 zebreader ports --json  > {"port":2,"path":"$D/tty-desk",
+
+// Scans of the built-in simulator in each output format.
+0 $SIM duplex.txt
+> ={"sheet":1,"side1":)T" +
+        side({{15, 0, 5}, {0, 0, 15}}) + R"T(,"side2":)T" + side({{1}}) +
+        R"T(,"barcodes":{"lbound":1,"values":["4711"]},"timingMarks":[2,1],"rejected":false}\n{"summary":{"result":true,"sheets":1,"read":1,"cancelScan":true}}\n
+2> =
+0 $SIM csv.txt --format csv --rejecter --reject 2  > ~^sheet,side,row,rejected,barcodes,c1,c2,
+> \n1,1,1,0,"4711;9,""8""",15,0,5,0,
+> \n1,2,1,0,"4711;9,""8""",1,0,
+> \n2,1,1,1,
+> ~\n2,2,150,1,[^\n]*\n$
+0 LC_ALL=C $SIM duplex.txt --format grid
+> =)T" + grid("@.+", "..@", ":") +
+        R"T(
+0 LC_ALL=POSIX $SIM duplex.txt --format grid
+> =)T" + grid("@.+", "..@", ":") +
+        R"T(
+0 LC_ALL=C.UTF-8 $SIM duplex.txt --format grid
+> =)T" + grid("█·▒", "··█", "░") +
+        R"T(
+0 $SIM svg.txt --format svg --output pics  > =pics/sheet-0001.svg\n
+0 $SIM two.txt --format svg  > =sheet-0001.svg\nsheet-0002.svg\n
+// A side 2 on a single-sided set-up names the options on a line of its own.
+1 $SIM side2.txt --no-duplex 2>tty  > ~^\{"sheet":1,  > !{"sheet":2
+> }\n{"summary":{"result":true,"sheets":2,"read":1,"cancelScan":true}}\n
+2> ~(^|\n)\{"error":\{"number":9,[^\n]*"hint":"the scanner sent side 2 of a sheet, but the set-up reads side 1 only: give --duplex --duplex-form to read both sides"\}\}\r?\n
+// Devices that are not serial ports are named with the reason, once.
+1 zebreader scan --model 2 --device $D/missing --format csv
+2> =zebreader: error 8002 in basRead.ReaderInit: Invalid port number: $D/missing: No such file or directory\n
+1 zebreader scan --model 2 --device /dev/null --format csv
+2> =zebreader: error 8002 in basRead.ReaderInit: Invalid port number: /dev/null: not a serial device\n
+1 zebreader scan --model 2 --device $D/file --format csv
+2> =zebreader: error 8002 in basRead.ReaderInit: Invalid port number: $D/file: a regular file, not a serial device\n
+1 zebreader scan --model 2 --device $D/folder --format csv
+2> =zebreader: error 8002 in basRead.ReaderInit: Invalid port number: $D/folder: Is a directory\n
+0 zebreader locate --model 20 --simulate --start-port 4  > =4\n
+0 zebreader firmware --model 20 --simulate  > =OMR-1100 - Version 1.04\n
+0 zebreader locate --model 22 --simulate --start-port 4  > =4\n
+0 zebreader firmware --model 22 --simulate  > =OMR-1100 - Version 1.04\n
+0 zebreader locate --model 37 --simulate --start-port 9  > =9\n
+0 zebreader firmware --model 23 --simulate  > ~.
+)T";
+    std::string line;
+    std::vector<std::string> out, err;
+    int status = 0;
+    const auto check = [&] {
+        SCOPED_TRACE(line);
+        const auto r = run(line);
+        EXPECT_EQ(r.status, status) << r.err;
+        expectText(r.out, out);
+        expectText(r.err, err);
+        EXPECT_TRUE(status != 2 || r.out.empty()) << r.out; // usage errors print nothing else
+    };
+    // Fragments after "  > " and "  2> " on the line of the command or on lines of their own.
+    const auto parts = [&](const std::string& text) {
+        for (auto at = text.find("> "); at != std::string::npos;) {
+            const auto next = std::min(text.find("  > ", at), text.find("  2> ", at));
+            (at > 0 && text[at - 1] == '2' ? err : out)
+                .push_back(
+                    std::regex_replace(text.substr(at + 2, next - at - 2), std::regex(R"(\\n)"), "\n"));
+            at = next == std::string::npos ? next : text.find("> ", next);
+        }
+    };
+    std::stringstream in(transcript);
+    for (std::string l; std::getline(in, l);) {
+        if (l.empty() || l.rfind("//", 0) == 0)
+            continue;
+        if (l.find("> ") < 2) {
+            parts(l);
+            continue;
+        }
+        if (!line.empty())
+            check();
+        const auto end = std::min(l.find("  > "), l.find("  2> "));
+        status = l[0] - '0';
+        line = std::regex_replace(l.substr(2, end - 2), std::regex(R"(\$SIM)"),
+                                  "zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file");
+        out.clear();
+        err.clear();
+        if (end != std::string::npos)
+            parts(l.substr(end));
     }
+    check();
+
+    EXPECT_EQ(readFile(dir.file("damaged/HKEY_CURRENT_USER.reg")), damaged);
+    EXPECT_EQ(readFile(dir.file("out.reg")),
+              "Windows Registry Editor Version 5.00\n\n"
+              "[HKEY_CURRENT_USER\\Software\\Imported]\n\"ScannerType\"=\"24\"\n"
+              "\"ScannerPort\"=\"0\"\n\"Duplex\"=\"True\"\n\"ScannerParity\"=\"E\"\n\n");
+    const auto svg = readFile(dir.file("pics/sheet-0001.svg"));
+    expectText(
+        svg, {"<svg xmlns=\"http://www.w3.org/2000/svg\"", "Side 2", "Barcodes: 4711, &lt;&amp;&gt;</text>"});
+    for (const auto* name : {"pics/sheet-0001.svg", "sheet-0001.svg", "sheet-0002.svg"})
+        EXPECT_EQ(xmlProblem(readFile(dir.file(name))), "") << name;
 }
 
 } // namespace
