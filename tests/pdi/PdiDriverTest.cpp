@@ -4,7 +4,6 @@
 #include "sim/pdi/PdiSimulator.h"
 #include "support/SimulatedReader.h"
 
-
 namespace zebreader81::test {
 namespace {
 

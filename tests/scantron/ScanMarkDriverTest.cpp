@@ -3,7 +3,6 @@
 #include "sim/scantron/ScanMarkSimulator.h"
 #include "support/SimulatedReader.h"
 
-
 namespace zebreader81::test {
 namespace {
 
