@@ -55,15 +55,4 @@ OnLine::~OnLine()
     thread_.join();
 }
 
-CancelWhenWaiting::CancelWhenWaiting(clsZEBReader& reader, sim::Peer& peer, std::size_t total)
-    : thread_([&reader, &peer, total] {
-          if (peer.waitReceived(total, 5s))
-              std::this_thread::sleep_for(150ms);
-          reader.CancelScan(true);
-      })
-{
-}
-
-CancelWhenWaiting::~CancelWhenWaiting() { thread_.join(); }
-
 } // namespace zebreader81::test

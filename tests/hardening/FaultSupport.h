@@ -52,17 +52,4 @@ private:
     std::thread thread_;
 };
 
-/// Sets CancelScan once the driver has sent `total` bytes in all and a moment has passed,
-/// so that the driver is inside its wait.
-class CancelWhenWaiting {
-public:
-    CancelWhenWaiting(clsZEBReader& reader, sim::Peer& peer, std::size_t total);
-    ~CancelWhenWaiting();
-    CancelWhenWaiting(const CancelWhenWaiting&) = delete;
-    CancelWhenWaiting& operator=(const CancelWhenWaiting&) = delete;
-
-private:
-    std::thread thread_;
-};
-
 } // namespace zebreader81::test
