@@ -1,7 +1,6 @@
 // Faults on the line, family by family: each read fails with its report (or quietly, where a
 // cancel or the scanner's answer calls for none), within the time-out, and the reader reads the
 // next sheet correctly after EndReader and StartReader.
-#include "hardening/FaultSupport.h"
 #include "sim/chatsworth/ChatsworthSimulator.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/ncs/OpScanSimulator.h"
@@ -20,6 +19,17 @@ using Check = std::function<void(SimulatedReader&)>;
 constexpr auto opModel = zebReaderTypeNCSOpScan2, smModel = zebReaderTypeScantronScanMark2000,
                pdModel = zebReaderTypePDIVMR138, ezModel = zebReaderTypeNCSEZData,
                ctModel = zebReaderTypeChatsworthOMR1100;
+
+// A single-sided sheet of rows x cols cells; `strength(row, col)` (both from 1) gives each cell.
+sim::Sheet sheetOf(int rows, int cols, const std::function<int(int, int)>& strength)
+{
+    sim::Sheet s;
+    s.side1.assign(static_cast<std::size_t>(rows), std::vector<int>(static_cast<std::size_t>(cols)));
+    for (int r = 1; r <= rows; ++r)
+        for (int c = 1; c <= cols; ++c)
+            s.side1[static_cast<std::size_t>(r - 1)][static_cast<std::size_t>(c - 1)] = strength(r, c);
+    return s;
+}
 
 // OpScan: 48 columns of strengths and a barcode; the card readers: a mark where (r + c) % 3 is 0
 // (PDI: (r + 2c) % 5); ScanMark: 10 x 20 strengths.
