@@ -4,15 +4,17 @@
 // reads by its simulated scans.
 #include "sim/Ser2net.h"
 #include "channel/ChannelPeers.h"
-#include "hardening/FaultSupport.h"
 #include "sim/SheetFile.h"
 #include "sim/Simulators.h"
 #include "sim/ncs/OpScanSimulator.h"
+#include "support/SimulatedReader.h"
 #include "support/TestHost.h"
 
+#include <atomic>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <termios.h>
+#include <thread>
 #include <unistd.h>
 
 namespace zebreader81::test {
@@ -106,14 +108,30 @@ TEST(Ser2net, KilledInTheMiddleOfASheetIsAPortErrorNamingTheServer)
     reader.Feeder(true);
     ASSERT_TRUE(reader.StartReader());
 
-    scanner.addSheet(sheetOf(40, 48, [](int r, int c) { return (r + c) % 16; }));
+    scanner.addSheet(patternSheet(40, 48));
     scanner.stallNextSheetAfter(300);
     {
         // The page stops after 300 bytes; the server dies while the reader waits for the rest.
-        OnLine kill(scanner, scanner.sent().size() + 300, [&server] { server.kill(); });
-        HangGuard guard(reader, scanner);
+        // Should the read outlast every time-out by far, the scan is cancelled and the line hung up.
+        using namespace std::chrono_literals;
+        const auto total = scanner.sent().size() + 300;
+        const auto limit = std::chrono::steady_clock::now() + 20s;
+        std::atomic<bool> over{false}, hung{false};
+        std::thread watch([&] {
+            auto until = [&](auto done) {
+                while (!over && !done() && std::chrono::steady_clock::now() < limit)
+                    std::this_thread::sleep_for(2ms);
+                return !over;
+            };
+            if (until([&] { return scanner.sent().size() >= total; }))
+                std::this_thread::sleep_for(50ms), server.kill();
+            if (until([] { return false; }))
+                hung = true, reader.CancelScan(true), scanner.hangUp();
+        });
         EXPECT_FALSE(reader.ReadPage());
-        EXPECT_FALSE(guard.fired()) << "the read hung";
+        over = true;
+        watch.join();
+        EXPECT_FALSE(hung) << "the read hung";
     }
     const auto& r = errors.host->only();
     EXPECT_EQ(r.number, 8020);

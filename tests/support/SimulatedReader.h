@@ -69,6 +69,8 @@ public:
     void atWait(std::chrono::milliseconds after, std::function<void()> action);
     /// Clears CancelScan and the reports, for the next step of a case.
     void reset();
+    /// Virtual time since the reader was made.
+    auto elapsed() { return lines_.clock().elapsed(); }
 
     HostScope errors;
 
@@ -99,6 +101,8 @@ struct FaultCase {
     /// Done on the line or the reader `after` into the read (inside its wait).
     std::function<void(SimulatedReader&)> during = {};
     std::chrono::milliseconds after{};
+    /// Done once StartReader has succeeded, before the step (a fault counted from there).
+    std::function<void(SimulatedReader&)> started = {};
 };
 /// For FaultCase::during: the host sets CancelScan.
 void cancel(SimulatedReader& s);
