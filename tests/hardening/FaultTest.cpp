@@ -309,6 +309,7 @@ const FaultCase faults[] = {
     read("ScanMarkStatusReplyCutShort", smModel, stall(scanmarkStatus - 1), 2, "Initialize Error",
          scantronNoAnswer, "basScantron.CheckStatusST"),
     handFedCancel("ScanMarkCancelWhileHandFeeding", smModel),
+    quietCancel("ScanMarkCancelAwaitingTheStatus", smModel, 6, silence), // the status query, unanswered
     quietCancel("ScanMarkCancelAwaitingTheMarks", smModel, 16, // the status query (6 bytes) and the read (10)
                 [](SimulatedReader& s) {
                     sm(s).addSheet(scanmark(1));
