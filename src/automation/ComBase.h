@@ -18,6 +18,43 @@ void moduleAddRef();
 void moduleRelease();
 LONG moduleCount();
 
+/// IUnknown of an object with the one interface `Itf` (a class factory, an enumerator, an event
+/// sink): holds the module while it lives and deletes itself on the last Release.
+template <class Itf> class Unknown : public Itf {
+public:
+    Unknown(const Unknown&) = delete;
+    Unknown& operator=(const Unknown&) = delete;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
+    {
+        if (!out)
+            return E_POINTER;
+        *out = nullptr;
+        if (riid != IID_IUnknown && riid != __uuidof(Itf) && !answers(riid))
+            return E_NOINTERFACE;
+        *out = static_cast<Itf*>(this);
+        AddRef();
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
+    ULONG STDMETHODCALLTYPE Release() override
+    {
+        const LONG left = InterlockedDecrement(&refs_);
+        if (left == 0)
+            delete this;
+        return static_cast<ULONG>(left);
+    }
+
+protected:
+    Unknown() { moduleAddRef(); }
+    virtual ~Unknown() { moduleRelease(); }
+    /// Further interface ids answered with `Itf` (an event dispinterface a sink stands for).
+    virtual bool answers(REFIID) const { return false; }
+
+private:
+    LONG refs_ = 1;
+};
+
 /// A dual interface `Itf` implemented by `Derived`: IUnknown, IDispatch through the type
 /// library and ISupportErrorInfo. Derived classes add interfaces through queryExtra().
 template <class Itf> class Dispatch : public Itf, public ISupportErrorInfo {

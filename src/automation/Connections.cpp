@@ -89,40 +89,15 @@ void release(IConnectionPoint* point) { point->Release(); }
 void release(const CONNECTDATA& data) { data.pUnk->Release(); }
 
 // IEnumConnectionPoints or IEnumConnections over a snapshot taken when it was made.
-template <class Itf, class Item> class Enumerator final : public Itf {
+template <class Itf, class Item> class Enumerator final : public Unknown<Itf> {
 public:
-    explicit Enumerator(std::vector<Item> items, std::size_t at = 0) : items_(std::move(items)), at_(at)
-    {
-        moduleAddRef();
-    }
+    explicit Enumerator(std::vector<Item> items, std::size_t at = 0) : items_(std::move(items)), at_(at) {}
     ~Enumerator()
     {
         for (auto& item : items_)
             release(item);
-        moduleRelease();
     }
-    Enumerator(const Enumerator&) = delete;
-    Enumerator& operator=(const Enumerator&) = delete;
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
-    {
-        if (!out)
-            return E_POINTER;
-        *out = nullptr;
-        if (riid != IID_IUnknown && riid != __uuidof(Itf))
-            return E_NOINTERFACE;
-        *out = static_cast<Itf*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const LONG left = InterlockedDecrement(&refs_);
-        if (left == 0)
-            delete this;
-        return static_cast<ULONG>(left);
-    }
     HRESULT STDMETHODCALLTYPE Next(ULONG count, Item* out, ULONG* fetched) override
     {
         if (!out || (count > 1 && !fetched))
@@ -170,7 +145,6 @@ public:
 private:
     std::vector<Item> items_;
     std::size_t at_;
-    LONG refs_ = 1;
 };
 
 } // namespace

@@ -14,40 +14,15 @@ namespace zebreader81::automation {
 
 namespace {
 
-class Forwarder final : public IDispatch {
+class Forwarder final : public Unknown<IDispatch> {
 public:
     Forwarder(IDispatch* handler, std::wstring prefix) : handler_(handler), prefix_(std::move(prefix))
     {
         handler_->AddRef();
-        moduleAddRef();
     }
-    ~Forwarder()
-    {
-        handler_->Release();
-        moduleRelease();
-    }
-    Forwarder(const Forwarder&) = delete;
-    Forwarder& operator=(const Forwarder&) = delete;
+    ~Forwarder() { handler_->Release(); }
 
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
-    {
-        if (!out)
-            return E_POINTER;
-        *out = nullptr;
-        if (riid != IID_IUnknown && riid != IID_IDispatch && riid != DIID___clsZEBReader)
-            return E_NOINTERFACE;
-        *out = static_cast<IDispatch*>(this);
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const LONG left = InterlockedDecrement(&refs_);
-        if (left == 0)
-            delete this;
-        return static_cast<ULONG>(left);
-    }
+    bool answers(REFIID riid) const override { return riid == DIID___clsZEBReader; }
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override
     {
         if (!count)
@@ -180,7 +155,6 @@ private:
 
     IDispatch* handler_;
     std::wstring prefix_;
-    LONG refs_ = 1;
 };
 
 class ComEventSink final : public Dispatch<_EventSink> {
