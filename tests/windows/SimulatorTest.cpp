@@ -60,7 +60,7 @@ int errorOf(const std::function<void()>& f)
     return 0;
 }
 
-struct Simulated : ::testing::Test {
+struct Reading : ::testing::Test {
     const int model = envNumber("ZEBREADER_TEST_MODEL");
     const int port = envNumber("ZEBREADER_TEST_PORT");
     void SetUp() override
@@ -69,8 +69,6 @@ struct Simulated : ::testing::Test {
             GTEST_SKIP() << "needs a simulator: run through with-simulator";
     }
 };
-
-using Reading = Simulated;
 
 TEST_F(Reading, TheSampleSheetsArriveMarkForMark)
 {
@@ -124,9 +122,7 @@ TEST_F(Reading, TheEZDataProbeAndFirmwareQueryFindTheScanner)
     EXPECT_TRUE(errors.host->reports.empty()) << reportsOf(*errors.host);
 }
 
-using Serial = Simulated;
-
-TEST_F(Serial, PortsThatCannotBeOpenedOrSetRaiseTheControlsErrors)
+TEST_F(Reading, TheSerialControlRaisesItsErrorsAndItsWaitsBlockUntilWakeOrTimer)
 {
     frmComm fc;
     auto& com = fc.mscComm;
@@ -144,18 +140,9 @@ TEST_F(Serial, PortsThatCannotBeOpenedOrSetRaiseTheControlsErrors)
     // Framing a pseudo-terminal cannot hold, asked for again: the second time nothing changes.
     for (const char* settings : {"9600,E,7,1", "9600,E,7,1", "38400,O,7,2", "38400,O,7,2"})
         EXPECT_EQ(errorOf([&] { com.Settings(settings); }), 0) << settings;
-    for (int16_t handshaking = 0; handshaking <= 3; ++handshaking)
+    for (int16_t handshaking = 3; handshaking >= 0; --handshaking)
         EXPECT_EQ(errorOf([&] { com.Handshaking(handshaking); }), 0) << handshaking;
-    com.Handshaking(0);
-    com.PortOpen(false);
-}
 
-TEST_F(Serial, AWaitBlocksOnThePortAndEndsForWakeOrTimer)
-{
-    frmComm fc;
-    auto& com = fc.mscComm;
-    com.CommPort(static_cast<int16_t>(port));
-    com.PortOpen(true);
     // Nothing was asked, so the line stays quiet: only the timer ends this wait.
     fc.tmrScan.Interval(300);
     fc.tmrScan.Enabled(true);
@@ -166,7 +153,6 @@ TEST_F(Serial, AWaitBlocksOnThePortAndEndsForWakeOrTimer)
     }
     EXPECT_FALSE(fc.tmrScan.Enabled());
     EXPECT_LT(turns, 10) << "a wait must block, not spin";
-
     // A wake from another thread ends a wait that has no limit.
     std::thread waker([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
