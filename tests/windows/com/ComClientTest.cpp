@@ -141,13 +141,12 @@ public:
                           V_VT(&a[0]) == (VT_BYREF | VT_BOOL);
             side1.push_back(cells(*V_ARRAYREF(&a[3]), rows1, cols1));
             side2.push_back(cells(*V_ARRAYREF(&a[2]), 20, 40));
-            SAFEARRAY* codes = *V_ARRAYREF(&a[1]);
-            for (ULONG i = 0; codes && i < codes->rgsabound[0].cElements; ++i) {
-                BSTR code = nullptr;
-                LONG at = codes->rgsabound[0].lLbound + static_cast<LONG>(i);
-                SafeArrayGetElement(codes, &at, &code);
-                barcodes += text(code) + L";";
-            }
+            SAFEARRAY* list = *V_ARRAYREF(&a[1]);
+            BSTR* codes = nullptr;
+            SafeArrayAccessData(list, reinterpret_cast<void**>(&codes));
+            for (ULONG i = 0; i < list->rgsabound[0].cElements; ++i)
+                barcodes += std::wstring(codes[i] ? codes[i] : L"") + L";";
+            SafeArrayUnaccessData(list);
             if (side1.size() == 1) {
                 reader->RejectPage();
                 *V_BOOLREF(&a[0]) = VARIANT_TRUE;

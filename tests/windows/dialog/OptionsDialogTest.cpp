@@ -24,7 +24,6 @@ struct Step {
 };
 std::vector<Step> steps;
 size_t next = 0, waited = 0;
-bool busy = false; // a step's messages may run the timer again
 
 void CALLBACK tick(HWND, UINT, UINT_PTR, DWORD)
 {
@@ -39,9 +38,8 @@ void CALLBACK tick(HWND, UINT, UINT_PTR, DWORD)
         },
         reinterpret_cast<LPARAM>(shown));
     const auto [dialog, box] = shown;
-    if (busy || !dialog)
+    if (!dialog)
         return;
-    busy = true;
     if (next < steps.size() && steps[next].wantsBox == (box != nullptr)) {
         waited = 0;
         steps[next++].act(dialog, box);
@@ -52,7 +50,6 @@ void CALLBACK tick(HWND, UINT, UINT_PTR, DWORD)
         PostMessageA(dialog, WM_COMMAND, IDCANCEL, 0);
         next = steps.size();
     }
-    busy = false;
 }
 
 // Takes the steps on the dialog that show opens; what show returns.
