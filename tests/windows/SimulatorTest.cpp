@@ -16,12 +16,6 @@
 namespace zebreader81::test {
 namespace {
 
-int envNumber(const char* name)
-{
-    const char* v = std::getenv(name);
-    return v ? std::atoi(v) : 0;
-}
-
 // The reports a failed call left, for the failure message.
 std::string reportsOf(const RecordingHost& host)
 {
@@ -61,8 +55,8 @@ int errorOf(const std::function<void()>& f)
 }
 
 struct Reading : ::testing::Test {
-    const int model = envNumber("ZEBREADER_TEST_MODEL");
-    const int port = envNumber("ZEBREADER_TEST_PORT");
+    const char *simulated = std::getenv("ZEBREADER_TEST_MODEL"), *mapped = std::getenv("ZEBREADER_TEST_PORT");
+    const int model = simulated ? std::atoi(simulated) : 0, port = mapped ? std::atoi(mapped) : 0;
     void SetUp() override
     {
         if (model == 0 || port == 0)
