@@ -24,19 +24,13 @@ const RootCase writableRoots[] = {
     {zebReaderRegistryKeyCurrentConfig, HKEY_CURRENT_CONFIG, "Software\\ZEBReader81Test"},
 };
 
-class RegistryStore : public ::testing::Test {
-protected:
-    void SetUp() override { removeAll(); }
-    void TearDown() override { removeAll(); }
-    static void removeAll()
-    {
+TEST(RegistryStore, EveryRootRoundTripsThroughTheHelpersAndRefusesWhatItShould)
+{
+    const auto removeAll = [] {
         for (const auto& c : writableRoots)
             RegDeleteTreeA(c.handle, c.subKey);
-    }
-};
-
-TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpersAndRefusesWhatItShould)
-{
+    };
+    removeAll();
     for (const auto& c : writableRoots) {
         SCOPED_TRACE(c.subKey);
         EXPECT_EQ(registry::LoadValue(c.root, c.subKey, "TimeOut", "10"), "10");
@@ -73,6 +67,7 @@ TEST_F(RegistryStore, EveryRootRoundTripsThroughTheHelpersAndRefusesWhatItShould
     EXPECT_EQ(key->set("A", registry::Value::text("2")), registry::Status::AccessDenied);
     EXPECT_EQ(registry::LoadValue(zebReaderRegistryKeyCurrentUser, "Software\\ZEBReader81Test", "A", "?"),
               "1");
+    removeAll();
 }
 
 } // namespace

@@ -16,12 +16,6 @@
 namespace zebreader81::test {
 namespace {
 
-int envNumber(const char* name)
-{
-    const char* v = std::getenv(name);
-    return v ? std::atoi(v) : 0;
-}
-
 // The reports a failed call left, for the failure message.
 std::string reportsOf(const RecordingHost& host)
 {
@@ -60,17 +54,15 @@ int errorOf(const std::function<void()>& f)
     return 0;
 }
 
-struct Simulated : ::testing::Test {
-    const int model = envNumber("ZEBREADER_TEST_MODEL");
-    const int port = envNumber("ZEBREADER_TEST_PORT");
+struct Reading : ::testing::Test {
+    const char *simulated = std::getenv("ZEBREADER_TEST_MODEL"), *mapped = std::getenv("ZEBREADER_TEST_PORT");
+    const int model = simulated ? std::atoi(simulated) : 0, port = mapped ? std::atoi(mapped) : 0;
     void SetUp() override
     {
         if (model == 0 || port == 0)
             GTEST_SKIP() << "needs a simulator: run through with-simulator";
     }
 };
-
-using Reading = Simulated;
 
 TEST_F(Reading, TheSampleSheetsArriveMarkForMark)
 {
@@ -124,9 +116,7 @@ TEST_F(Reading, TheEZDataProbeAndFirmwareQueryFindTheScanner)
     EXPECT_TRUE(errors.host->reports.empty()) << reportsOf(*errors.host);
 }
 
-using Serial = Simulated;
-
-TEST_F(Serial, PortsThatCannotBeOpenedOrSetRaiseTheControlsErrors)
+TEST_F(Reading, TheSerialControlRaisesItsErrorsAndItsWaitsBlockUntilWakeOrTimer)
 {
     frmComm fc;
     auto& com = fc.mscComm;
@@ -144,18 +134,9 @@ TEST_F(Serial, PortsThatCannotBeOpenedOrSetRaiseTheControlsErrors)
     // Framing a pseudo-terminal cannot hold, asked for again: the second time nothing changes.
     for (const char* settings : {"9600,E,7,1", "9600,E,7,1", "38400,O,7,2", "38400,O,7,2"})
         EXPECT_EQ(errorOf([&] { com.Settings(settings); }), 0) << settings;
-    for (int16_t handshaking = 0; handshaking <= 3; ++handshaking)
+    for (int16_t handshaking = 3; handshaking >= 0; --handshaking)
         EXPECT_EQ(errorOf([&] { com.Handshaking(handshaking); }), 0) << handshaking;
-    com.Handshaking(0);
-    com.PortOpen(false);
-}
 
-TEST_F(Serial, AWaitBlocksOnThePortAndEndsForWakeOrTimer)
-{
-    frmComm fc;
-    auto& com = fc.mscComm;
-    com.CommPort(static_cast<int16_t>(port));
-    com.PortOpen(true);
     // Nothing was asked, so the line stays quiet: only the timer ends this wait.
     fc.tmrScan.Interval(300);
     fc.tmrScan.Enabled(true);
@@ -166,7 +147,6 @@ TEST_F(Serial, AWaitBlocksOnThePortAndEndsForWakeOrTimer)
     }
     EXPECT_FALSE(fc.tmrScan.Enabled());
     EXPECT_LT(turns, 10) << "a wait must block, not spin";
-
     // A wake from another thread ends a wait that has no limit.
     std::thread waker([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(100));

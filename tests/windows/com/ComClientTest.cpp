@@ -5,6 +5,7 @@
 #include "ZEBReader81_h.h"
 
 #include <gtest/gtest.h>
+#include <wrl/client.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -14,11 +15,7 @@
 
 namespace {
 
-int envNumber(const char* name)
-{
-    const char* v = std::getenv(name);
-    return v ? std::atoi(v) : 0;
-}
+using Microsoft::WRL::ComPtr;
 
 std::wstring text(BSTR b)
 {
@@ -34,18 +31,11 @@ struct Var : VARIANT {
     Var(bool v) : Var() { V_VT(this) = VT_BOOL, V_BOOL(this) = v ? VARIANT_TRUE : VARIANT_FALSE; }
     Var(const wchar_t* s) : Var() { V_VT(this) = VT_BSTR, V_BSTR(this) = SysAllocString(s); }
     Var(IDispatch* d) : Var() { V_VT(this) = VT_DISPATCH, V_DISPATCH(this) = d, d->AddRef(); }
+    Var(VARIANT* to) : Var() { V_VT(this) = VT_VARIANT | VT_BYREF, V_VARIANTREF(this) = to; } // by reference
     Var(const Var& o) : Var() { VariantCopy(this, const_cast<Var*>(&o)); }
     Var& operator=(const Var& o) { return VariantCopy(this, const_cast<Var*>(&o)), *this; }
     ~Var() { VariantClear(this); }
 };
-
-Var byRef(VARIANT& to)
-{
-    Var v;
-    V_VT(&v) = VT_VARIANT | VT_BYREF;
-    V_VARIANTREF(&v) = &to;
-    return v;
-}
 
 // A result as a script would print it; objects as "object" or "Nothing", a raised error by its code.
 std::wstring shown(const VARIANT& v)
@@ -97,48 +87,105 @@ Var create(REFCLSID clsid)
     return v;
 }
 
-template <class T> struct Ptr {
-    T* p = nullptr;
-    ~Ptr() { reset(); }
-    void reset()
+// The marked cells of a side array of at least rows x cols: -1 for none, -2 for a smaller one.
+int cells(SAFEARRAY* side, LONG rows, LONG cols)
+{
+    LONG r = 0, c = 0;
+    short* cell = nullptr;
+    if (!side || SafeArrayGetDim(side) != 2)
+        return -1;
+    if (SafeArrayGetUBound(side, 1, &r), SafeArrayGetUBound(side, 2, &c), r < rows || c < cols)
+        return -2;
+    int marked = 0;
+    SafeArrayAccessData(side, reinterpret_cast<void**>(&cell));
+    for (ULONG i = 0; i < side->rgsabound[0].cElements * side->rgsabound[1].cElements; ++i)
+        marked += cell[i] > 0;
+    SafeArrayUnaccessData(side);
+    return marked;
+}
+
+// Counts the events and answers through their by-reference arguments.
+class Sink final : public IDispatch {
+public:
+    _clsZEBReader* reader = nullptr;
+    int starts = 0, ends = 0, rows1 = 0, cols1 = 0;
+    std::vector<int> side1, side2;
+    std::wstring barcodes;
+    bool arraysTyped = true;
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
     {
-        if (p)
-            p->Release();
-        p = nullptr;
+        const bool known = riid == IID_IUnknown || riid == IID_IDispatch || riid == DIID___clsZEBReader;
+        *out = known ? this : nullptr;
+        return known ? S_OK : E_NOINTERFACE;
     }
-    T* operator->() const { return p; }
-    T** put() { return &p; }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* n) override { return *n = 0, S_OK; }
+    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
+    {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*,
+                                     UINT*) override
+    {
+        // Arguments arrive last first.
+        VARIANT* a = p->rgvarg;
+        if (id == 1)
+            ++starts;
+        if (id == 2) {
+            arraysTyped = arraysTyped && V_VT(&a[3]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
+                          V_VT(&a[2]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
+                          V_VT(&a[1]) == (VT_BYREF | VT_ARRAY | VT_BSTR) &&
+                          V_VT(&a[0]) == (VT_BYREF | VT_BOOL);
+            side1.push_back(cells(*V_ARRAYREF(&a[3]), rows1, cols1));
+            side2.push_back(cells(*V_ARRAYREF(&a[2]), 20, 40));
+            SAFEARRAY* list = *V_ARRAYREF(&a[1]);
+            BSTR* codes = nullptr;
+            SafeArrayAccessData(list, reinterpret_cast<void**>(&codes));
+            for (ULONG i = 0; i < list->rgsabound[0].cElements; ++i)
+                barcodes += std::wstring(codes[i] ? codes[i] : L"") + L";";
+            SafeArrayUnaccessData(list);
+            if (side1.size() == 1) {
+                reader->RejectPage();
+                *V_BOOLREF(&a[0]) = VARIANT_TRUE;
+            }
+        }
+        if (id == 3 && ++ends == 2)
+            *V_BOOLREF(&a[0]) = VARIANT_TRUE;
+        return S_OK;
+    }
 };
 
 struct Client : ::testing::Test {
-    Ptr<_clsZEBReader> reader;
+    Sink sink; // outlives the reader it may be connected to
+    ComPtr<_clsZEBReader> reader;
+    ComPtr<IConnectionPointContainer> container;
     void SetUp() override
     {
         ASSERT_TRUE(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)));
-        ASSERT_EQ(S_OK, CoCreateInstance(CLSID_clsZEBReader, nullptr, CLSCTX_INPROC_SERVER, IID__clsZEBReader,
-                                         reinterpret_cast<void**>(reader.put())));
+        ASSERT_EQ(S_OK,
+                  CoCreateInstance(CLSID_clsZEBReader, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&reader)));
+        ASSERT_EQ(S_OK, reader.As(&container));
+        sink.reader = reader.Get();
     }
     void TearDown() override
     {
-        outgoing.reset();
-        reader.reset();
+        container.Reset();
+        reader.Reset();
         CoUninitialize();
-    }
-    Ptr<IConnectionPointContainer> outgoing;
-    IConnectionPointContainer* container()
-    {
-        if (!outgoing.p)
-            reader->QueryInterface(IID_IConnectionPointContainer, reinterpret_cast<void**>(outgoing.put()));
-        return outgoing.p;
     }
 };
 
-TEST_F(Client, EveryClassByNameWithDefaultMembersOptionalArgumentsAndRaisedErrors)
+TEST_F(Client, EveryClassByNameWithDefaultMembersOptionalByReferenceArgumentsAndRaisedErrors)
 {
     const Var window3 = create(CLSID_clsZEBReaderWindow), window1 = create(CLSID_clsZEBReaderWindow),
               barcode = create(CLSID_clsZEBReaderBarcode);
+    Var count, firmware(L"kept");
+    V_VT(&count) = VT_I2, V_I2(&count) = 5;
     std::map<std::wstring, Var> objects{
-        {L"reader", Var(reader.p)}, {L"window3", window3}, {L"window1", window1}, {L"barcode", barcode}};
+        {L"reader", Var(reader.Get())}, {L"window3", window3}, {L"window1", window1}, {L"barcode", barcode}};
     struct Row {
         const wchar_t *on, *member;
         WORD kind;
@@ -184,6 +231,10 @@ TEST_F(Client, EveryClassByNameWithDefaultMembersOptionalArgumentsAndRaisedError
         {L"reader", L"ReaderType", Put, {2}, L""},
         {L"reader", L"Printer", Get, {}, L"object", L"printer"},
         {L"printer", L"BufferCount", Get, {}, L"1"},
+        // As a script host passes them: lSheetCount and sReturn as references to Variants.
+        {L"reader", L"Port", Put, {16}, L""},
+        {L"reader", L"ReadBatch", Call, {false, 0, &count}, L"False"},
+        {L"reader", L"Firmware", Call, {&firmware}, L"False"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(std::wstring(row.on) + L"." + row.member);
@@ -192,184 +243,86 @@ TEST_F(Client, EveryClassByNameWithDefaultMembersOptionalArgumentsAndRaisedError
         if (row.keep)
             objects[row.keep] = result;
     }
+    EXPECT_EQ(VT_I4, V_VT(&count)) << "the variable takes the declared type";
+    EXPECT_EQ(5, V_I4(&count)) << "no sheet was counted";
+    EXPECT_EQ(L"kept", shown(firmware));
 }
 
 TEST_F(Client, TheVtableFaces)
 {
-    EXPECT_EQ(S_OK, reader->put_ReaderType(zebReaderTypePDIVMR138));
     BSTR name = nullptr;
+    EXPECT_EQ(S_OK, reader->put_ReaderType(zebReaderTypePDIVMR138));
     ASSERT_EQ(S_OK, reader->get_ReaderName(&name));
     EXPECT_EQ(L"Peripheral Dynamics Inc. VMR138", text(name));
-
-    Ptr<_clsZEBReaderProfiles> profiles;
-    ASSERT_EQ(S_OK, reader->get_Profiles(profiles.put()));
-    Var key(L"37");
-    Ptr<_clsZEBReaderProfile> acp;
-    ASSERT_EQ(S_OK, profiles->get_Item(key, acp.put()));
-    ASSERT_NE(nullptr, acp.p);
+    ComPtr<_clsZEBReaderProfiles> profiles;
+    ComPtr<_clsZEBReaderProfile> acp;
+    ASSERT_EQ(S_OK, reader->get_Profiles(&profiles));
+    ASSERT_EQ(S_OK, profiles->get_Item(Var(L"37"), &acp));
     ASSERT_EQ(S_OK, acp->get_ReaderName(&name));
     EXPECT_EQ(L"Chatsworth Data ACP-100", text(name));
     // A raised error, with its error info.
     EXPECT_EQ(static_cast<HRESULT>(0x800A0005), profiles->Remove(Var(L"99")));
-    Ptr<ISupportErrorInfo> support;
-    ASSERT_EQ(S_OK, profiles->QueryInterface(IID_ISupportErrorInfo, reinterpret_cast<void**>(support.put())));
+    ComPtr<ISupportErrorInfo> support;
+    ComPtr<IErrorInfo> info;
+    ASSERT_EQ(S_OK, profiles.As(&support));
     EXPECT_EQ(S_OK, support->InterfaceSupportsErrorInfo(IID__clsZEBReaderProfiles));
-    Ptr<IErrorInfo> info;
-    ASSERT_EQ(S_OK, GetErrorInfo(0, info.put()));
+    ASSERT_EQ(S_OK, GetErrorInfo(0, &info));
     info->GetSource(&name);
     EXPECT_EQ(L"ZEBReader81", text(name));
 
     // The same child object every time, and a window created by the host goes in.
-    Ptr<_clsZEBReaderWindows> windows, again;
-    reader->get_Windows(windows.put());
-    reader->get_Windows(again.put());
-    EXPECT_EQ(windows.p, again.p);
-    Ptr<_clsZEBReaderWindow> window, first, beyond;
+    ComPtr<_clsZEBReaderWindows> windows, again;
+    ComPtr<_clsZEBReaderWindow> window, first, beyond;
+    reader->get_Windows(&windows);
+    reader->get_Windows(&again);
+    EXPECT_EQ(windows, again);
     ASSERT_EQ(S_OK, CoCreateInstance(CLSID_clsZEBReaderWindow, nullptr, CLSCTX_INPROC_SERVER,
-                                     IID__clsZEBReaderWindow, reinterpret_cast<void**>(window.put())));
+                                     IID_PPV_ARGS(&window)));
     window->put_NumCols(12);
     Var missing;
-    V_VT(&missing) = VT_ERROR;
-    V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
-    EXPECT_EQ(S_OK, windows->Add(window.p, missing, missing));
-    windows->get_Item(1, first.put());
+    V_VT(&missing) = VT_ERROR, V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
+    EXPECT_EQ(S_OK, windows->Add(window.Get(), missing, missing));
+    windows->get_Item(1, &first);
     short cols = 0;
     first->get_NumCols(&cols);
     EXPECT_EQ(12, cols);
-    EXPECT_EQ(S_OK, windows->get_Item(9, beyond.put()));
-    EXPECT_EQ(nullptr, beyond.p);
-    Ptr<_clsZEBReaderBarcodes> barcodes;
-    Ptr<_clsZEBReaderPrinter> printer;
-    ASSERT_EQ(S_OK, reader->get_Barcodes(barcodes.put()));
+    EXPECT_EQ(S_OK, windows->get_Item(9, &beyond));
+    EXPECT_EQ(nullptr, beyond);
+    ComPtr<_clsZEBReaderBarcodes> barcodes;
+    ComPtr<_clsZEBReaderPrinter> printer;
     long codes = 9, buffers = 0;
+    ASSERT_EQ(S_OK, reader->get_Barcodes(&barcodes));
     barcodes->get_Count(&codes);
     EXPECT_EQ(0, codes);
-    ASSERT_EQ(S_OK, reader->get_Printer(printer.put()));
+    ASSERT_EQ(S_OK, reader->get_Printer(&printer));
     EXPECT_EQ(S_OK, printer->get_BufferCount(&buffers));
 
     // Form geometry keeps its bounds and values; no sheet read yet: an array never dimensioned.
-    SAFEARRAYBOUND bound{3, 0};
-    SAFEARRAY *rows = SafeArrayCreate(VT_I2, 1, &bound), *back = nullptr, *side = rows;
-    short values[] = {0, 5, 9}, v = 0;
-    for (LONG i = 0; i < 3; ++i)
-        SafeArrayPutElement(rows, &i, &values[i]);
+    SAFEARRAY *rows = SafeArrayCreateVector(VT_I2, 0, 3), *back = nullptr, *side = rows;
+    static_cast<short*>(rows->pvData)[2] = 9;
     EXPECT_EQ(S_OK, reader->put_Side1Rows(&rows));
     SafeArrayDestroy(rows);
     ASSERT_EQ(S_OK, reader->get_Side1Rows(&back));
-    LONG upper = 0, at = 2;
-    SafeArrayGetUBound(back, 1, &upper);
-    EXPECT_EQ(2, upper);
-    SafeArrayGetElement(back, &at, &v);
-    EXPECT_EQ(9, v);
+    EXPECT_EQ(0, back->rgsabound[0].lLbound);
+    EXPECT_EQ(3u, back->rgsabound[0].cElements);
+    EXPECT_EQ(9, static_cast<short*>(back->pvData)[2]);
     SafeArrayDestroy(back);
     EXPECT_EQ(S_OK, reader->get_Side1Array(&side));
     EXPECT_EQ(nullptr, side);
 }
 
-TEST_F(Client, LateBoundByReferenceVariantsAreConvertedAndWrittenBack)
-{
-    // As a script host passes them: lSheetCount and sReturn as references to Variants.
-    Var count, firmware(L"kept");
-    V_VT(&count) = VT_I2;
-    V_I2(&count) = 5;
-    reader->put_Port(16);
-    const Var result = invoke(reader.p, L"ReadBatch", Call, {false, 0, byRef(count)});
-    EXPECT_EQ(VT_BOOL, V_VT(&result));
-    EXPECT_EQ(VT_I4, V_VT(&count)) << "the variable takes the declared type";
-    EXPECT_EQ(5, V_I4(&count)) << "no sheet was counted";
-    EXPECT_EQ(L"False", shown(invoke(reader.p, L"Firmware", Call, {byRef(firmware)})));
-    EXPECT_EQ(L"kept", shown(firmware));
-}
-
-// Rows, columns and marked cells of a side array (all zero for none).
-struct Shape {
-    LONG rows = 0, cols = 0;
-    int marked = 0;
-};
-
-Shape shapeOf(SAFEARRAY* side)
-{
-    Shape s;
-    if (!side || SafeArrayGetDim(side) != 2)
-        return s;
-    SafeArrayGetUBound(side, 1, &s.rows);
-    SafeArrayGetUBound(side, 2, &s.cols);
-    short* cells = nullptr;
-    if (SUCCEEDED(SafeArrayAccessData(side, reinterpret_cast<void**>(&cells)))) {
-        for (ULONG i = 0; i < side->rgsabound[0].cElements * side->rgsabound[1].cElements; ++i)
-            s.marked += cells[i] > 0;
-        SafeArrayUnaccessData(side);
-    }
-    return s;
-}
-
-// Counts the events and answers through their by-reference arguments.
-class Sink final : public IDispatch {
-public:
-    _clsZEBReader* reader = nullptr;
-    int starts = 0, ends = 0;
-    std::vector<Shape> side1, side2;
-    std::wstring barcodes;
-    bool arraysTyped = true;
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID riid, void** out) override
-    {
-        const bool known = riid == IID_IUnknown || riid == IID_IDispatch || riid == DIID___clsZEBReader;
-        *out = known ? this : nullptr;
-        return known ? S_OK : E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* n) override { return *n = 0, S_OK; }
-    HRESULT STDMETHODCALLTYPE GetTypeInfo(UINT, LCID, ITypeInfo**) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetIDsOfNames(REFIID, LPOLESTR*, UINT, LCID, DISPID*) override
-    {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE Invoke(DISPID id, REFIID, LCID, WORD, DISPPARAMS* p, VARIANT*, EXCEPINFO*,
-                                     UINT*) override
-    {
-        // Arguments arrive last first.
-        VARIANT* a = p->rgvarg;
-        if (id == 1)
-            ++starts;
-        if (id == 2) {
-            arraysTyped = arraysTyped && V_VT(&a[3]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
-                          V_VT(&a[2]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
-                          V_VT(&a[1]) == (VT_BYREF | VT_ARRAY | VT_BSTR) &&
-                          V_VT(&a[0]) == (VT_BYREF | VT_BOOL);
-            side1.push_back(shapeOf(*V_ARRAYREF(&a[3])));
-            side2.push_back(shapeOf(*V_ARRAYREF(&a[2])));
-            SAFEARRAY* codes = *V_ARRAYREF(&a[1]);
-            for (ULONG i = 0; codes && i < codes->rgsabound[0].cElements; ++i) {
-                BSTR code = nullptr;
-                LONG at = codes->rgsabound[0].lLbound + static_cast<LONG>(i);
-                SafeArrayGetElement(codes, &at, &code);
-                barcodes += text(code) + L";";
-            }
-            if (side1.size() == 1) {
-                reader->RejectPage();
-                *V_BOOLREF(&a[0]) = VARIANT_TRUE;
-            }
-        }
-        if (id == 3 && ++ends == 2)
-            *V_BOOLREF(&a[0]) = VARIANT_TRUE;
-        return S_OK;
-    }
-};
-
 TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
 {
-    Ptr<IConnectionPoint> found;
-    ASSERT_EQ(S_OK, container()->FindConnectionPoint(DIID___clsZEBReader, found.put()));
-    Ptr<IEnumConnectionPoints> points;
-    ASSERT_EQ(S_OK, container()->EnumConnectionPoints(points.put()));
+    ComPtr<IConnectionPoint> found;
+    ASSERT_EQ(S_OK, container->FindConnectionPoint(DIID___clsZEBReader, &found));
+    ComPtr<IEnumConnectionPoints> points;
+    ASSERT_EQ(S_OK, container->EnumConnectionPoints(&points));
     IConnectionPoint* got[2] = {};
     ULONG fetched = 9;
     EXPECT_EQ(E_POINTER, points->Next(2, got, nullptr)) << "a count above one needs the fetched count";
     ASSERT_EQ(S_FALSE, points->Next(2, got, &fetched)) << "the one event interface";
     ASSERT_EQ(1u, fetched);
-    EXPECT_EQ(found.p, got[0]);
+    EXPECT_EQ(found.Get(), got[0]);
     IID iid{};
     got[0]->GetConnectionInterface(&iid);
     EXPECT_EQ(DIID___clsZEBReader, iid);
@@ -377,18 +330,17 @@ TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
     EXPECT_EQ(S_FALSE, points->Next(1, got, &fetched));
     EXPECT_EQ(0u, fetched);
     EXPECT_EQ(S_OK, points->Reset());
-    Ptr<IEnumConnectionPoints> clone;
-    ASSERT_EQ(S_OK, points->Clone(clone.put()));
+    ComPtr<IEnumConnectionPoints> clone;
+    ASSERT_EQ(S_OK, points->Clone(&clone));
     EXPECT_EQ(S_OK, points->Skip(1));
     EXPECT_EQ(S_FALSE, points->Skip(1));
     ASSERT_EQ(S_OK, clone->Next(1, got, nullptr)) << "a clone keeps its own place";
     got[0]->Release();
 
-    Sink sink;
     DWORD cookie = 0;
     ASSERT_EQ(S_OK, found->Advise(&sink, &cookie));
-    Ptr<IEnumConnections> connections;
-    ASSERT_EQ(S_OK, found->EnumConnections(connections.put()));
+    ComPtr<IEnumConnections> connections;
+    ASSERT_EQ(S_OK, found->EnumConnections(&connections));
     EXPECT_EQ(S_OK, found->Unadvise(cookie)) << "the enumeration is a snapshot";
     CONNECTDATA data[2] = {};
     ASSERT_EQ(S_FALSE, connections->Next(2, data, &fetched));
@@ -400,22 +352,14 @@ TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
 
 TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
 {
-    const int port = envNumber("ZEBREADER_TEST_PORT"), model = envNumber("ZEBREADER_TEST_MODEL");
-    if (port == 0 || model == 0)
+    const char *mapped = std::getenv("ZEBREADER_TEST_PORT"), *simulated = std::getenv("ZEBREADER_TEST_MODEL");
+    if (!mapped || !simulated)
         GTEST_SKIP() << "no simulator mapped";
-    Sink sink;
-    sink.reader = reader.p;
-    Ptr<IConnectionPoint> point;
-    ASSERT_EQ(S_OK, container()->FindConnectionPoint(DIID___clsZEBReader, point.put()));
+    const int port = std::atoi(mapped), model = std::atoi(simulated);
+    ComPtr<IConnectionPoint> point;
     DWORD cookie = 0;
+    ASSERT_EQ(S_OK, container->FindConnectionPoint(DIID___clsZEBReader, &point));
     ASSERT_EQ(S_OK, point->Advise(&sink, &cookie));
-    // The sink lives on this stack: disconnected before it goes, whatever fails below.
-    struct Unadvise {
-        IConnectionPoint* point;
-        DWORD cookie;
-        ~Unadvise() { point->Unadvise(cookie); }
-    } unadvise{point.p, cookie};
-
     VARIANT_BOOL ok = VARIANT_FALSE;
     ASSERT_EQ(S_OK, reader->LoadDefaults(static_cast<zebReaderType>(model), &ok));
     EXPECT_EQ(VARIANT_TRUE, ok);
@@ -423,7 +367,7 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
     // 40-column sheets, the second one duplex, for the others. ScanMark sizes its arrays by
     // the form, the others by their page: the arrays hold at least the form.
     const bool cards = model == 23 || model == 24 || model == 37;
-    const short rows1 = cards ? 37 : 53, cols1 = cards ? 12 : 40;
+    const short rows1 = sink.rows1 = cards ? 37 : 53, cols1 = sink.cols1 = cards ? 12 : 40;
     for (auto [put, size] : {std::pair{&_clsZEBReader::put_Side1Rows, rows1},
                              {&_clsZEBReader::put_Side1Cols, cols1},
                              {&_clsZEBReader::put_Side2Rows, short(cards ? 0 : 20)},
@@ -434,42 +378,29 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
         SAFEARRAY* a = SafeArrayCreate(VT_I2, 1, &bound);
         LONG at = 1;
         SafeArrayPutElement(a, &at, &size);
-        EXPECT_EQ(S_OK, (reader.p->*put)(&a));
+        EXPECT_EQ(S_OK, (reader.Get()->*put)(&a));
         SafeArrayDestroy(a);
     }
     // A pseudo-terminal carries eight bits without parity and has no handshake lines.
-    for (const auto& [member, value] :
-         std::initializer_list<std::pair<const wchar_t*, Var>>{{L"Duplex", !cards},
-                                                               {L"DuplexForm", !cards},
-                                                               {L"Barcode", true},
-                                                               {L"DataBits", 8},
-                                                               {L"Parity", L"N"},
-                                                               {L"FlowControl", 0},
-                                                               {L"Port", port},
-                                                               {L"TimeOut", 2},
-                                                               {L"SleepTime", 1},
-                                                               {L"Feeder", true}})
-        EXPECT_EQ(L"", shown(invoke(reader.p, member, Put, {value}))) << member;
+    const std::pair<const wchar_t*, Var> settings[] = {
+        {L"Duplex", !cards}, {L"DuplexForm", !cards}, {L"Barcode", true}, {L"DataBits", 8},
+        {L"Parity", L"N"},   {L"FlowControl", 0},     {L"Port", port},    {L"TimeOut", 2},
+        {L"SleepTime", 1},   {L"Feeder", true}};
+    for (const auto& [member, value] : settings)
+        EXPECT_EQ(L"", shown(invoke(reader.Get(), member, Put, {value}))) << member;
     long count = 0;
     ASSERT_EQ(S_OK, reader->ReadBatch(VARIANT_FALSE, -1, &count, &ok));
+    point->Unadvise(cookie);
     EXPECT_EQ(VARIANT_TRUE, ok);
     EXPECT_EQ(2, count);
     EXPECT_EQ(2, sink.starts);
     EXPECT_EQ(2, sink.ends);
-    ASSERT_EQ(2u, sink.side1.size());
     EXPECT_TRUE(sink.arraysTyped);
-    for (const Shape& s : sink.side1) {
-        EXPECT_GE(s.rows, rows1);
-        EXPECT_GE(s.cols, cols1);
-        EXPECT_GT(s.marked, 50);
-    }
-    if (cards) {
-        EXPECT_EQ(0, sink.side2[1].rows) << "no side 2 on a card";
-    } else {
-        EXPECT_GE(sink.side2[1].rows, 20);
-        EXPECT_GE(sink.side2[1].cols, 40);
-        EXPECT_EQ(20, sink.side2[1].marked) << "the survey on side 2 of the duplex sheet";
-    }
+    ASSERT_EQ(2u, sink.side1.size());
+    EXPECT_GT(sink.side1[0], 50) << "side 1 holds the form and its marks";
+    EXPECT_GT(sink.side1[1], 50);
+    // No side 2 on a card; the survey on side 2 of the duplex sheet.
+    EXPECT_EQ(cards ? -1 : 20, sink.side2[1]);
     // Only OpScan passes the sheets' barcodes on; the others leave one empty element.
     EXPECT_EQ(model == 2 ? L"0012345;0012346;" : L";;", sink.barcodes);
     VARIANT_BOOL cancel = VARIANT_FALSE;
@@ -477,10 +408,8 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
     EXPECT_EQ(VARIANT_TRUE, cancel);
     SAFEARRAY* side = nullptr;
     ASSERT_EQ(S_OK, reader->get_Side1Array(&side));
-    const Shape last = shapeOf(side);
+    EXPECT_EQ(sink.side1[1], cells(side, rows1, cols1)) << "Side1Array holds the last sheet";
     SafeArrayDestroy(side);
-    EXPECT_EQ(sink.side1[1].rows, last.rows) << "Side1Array holds the last sheet";
-    EXPECT_EQ(sink.side1[1].marked, last.marked);
 }
 
 } // namespace

@@ -6,8 +6,7 @@ function check(ok, what) {
     ok ? passed++ : (failed++, WScript.Echo("FAILED: " + what));
 }
 function envNumber(name) {
-    var n = parseInt(new ActiveXObject("WScript.Shell").ExpandEnvironmentStrings("%" + name + "%"), 10);
-    return isNaN(n) ? 0 : n;
+    return parseInt(new ActiveXObject("WScript.Shell").ExpandEnvironmentStrings("%" + name + "%"), 10) || 0;
 }
 // The marked cells of a side array of at least rows x cols; -1 for a smaller one or one never
 // dimensioned.
@@ -39,9 +38,7 @@ try {
 }
 check(raised == 5, "Remove of an unknown key raises error 5");
 var host = {
-    Silent: false,
-    reports: 0,
-    location: "",
+    Silent: false, reports: 0, location: "",
     RaiseError: function (number, kind, description, where) {
         this.reports++;
         this.location = where;
@@ -64,9 +61,7 @@ var events = {
             return true;
         }
     },
-    AfterSheet: function (bCancelScan) {
-        return ++this.ends == 2;
-    }
+    AfterSheet: function (bCancelScan) { return ++this.ends == 2; }
 };
 sink.Connect(r, events);
 r.CancelScan = true;
@@ -77,19 +72,15 @@ if (port > 0 && model > 0) {
     // JScript makes no SAFEARRAY of its own; a dictionary's Items is one.
     var form = function (count) {
         var d = new ActiveXObject("Scripting.Dictionary");
-        d.Add(0, 0);
-        d.Add(1, count);
+        d.Add(0, 0), d.Add(1, count);
         return d.Items();
     };
-    r.Side1Rows = form(rows1);
-    r.Side1Cols = form(cols1);
-    if (!cards) {
-        r.Side2Rows = form(20);
-        r.Side2Cols = form(40);
-    }
     // A pseudo-terminal carries eight bits without parity and has no handshake lines.
-    var settings = {Duplex: !cards, DuplexForm: !cards, Barcode: true, DataBits: 8, Parity: "N", FlowControl: 0,
-                    Port: port, TimeOut: 2, SleepTime: 1, Feeder: true, CancelScan: false};
+    var settings = {Side1Rows: form(rows1), Side1Cols: form(cols1), Duplex: !cards, DuplexForm: !cards, Barcode: true,
+                    DataBits: 8, Parity: "N", FlowControl: 0, Port: port, TimeOut: 2, SleepTime: 1, Feeder: true,
+                    CancelScan: false};
+    if (!cards)
+        settings.Side2Rows = form(20), settings.Side2Cols = form(40);
     for (var name in settings)
         r[name] = settings[name];
     events.starts = 0;
