@@ -147,22 +147,6 @@ TEST_F(Cycle, RejectAndEjectSendOneCommandAndNoneOnceClosed)
     EXPECT_EQ(calls(), "read reject init read close");
 }
 
-TEST(Routing, RejectAndEjectOfModelsWithoutRoutingOnlyMarkTheSheet)
-{
-    ScriptedFamily scanMark(Family::ScanMark);
-    scanMark.reads = {true};
-    clsZEBReader reader;
-    reader.ReaderType(zebReaderTypeScantron8000);
-    auto events = std::make_shared<RecordingEvents>();
-    events->onReadSheet = [&reader](int, bool&) {
-        reader.RejectPage();
-        reader.EjectPage();
-    };
-    reader.Advise(events);
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_EQ(joined(scanMark.calls), "read");
-}
-
 TEST(Routing, SekonicUsbSheetStaysOpenAfterAFailedEject)
 {
     HostScope errors;

@@ -99,10 +99,6 @@ TEST_F(ZebreaderTool, CommandLines)
 0 zebreader --help  > Usage:
 0 zebreader models --json  > ~^\[\{"number":0,"name":"None",  > ~,\{"number":41,"name":"Chatsworth Data ACP-200",[^{]*\}\]
 > {"number":20,"name":"Chatsworth Data OMR1100","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":21,"name":"Chatsworth Data OMR2000","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":22,"name":"Chatsworth Data ALS AccelScan OMR","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":35,"name":"Chatsworth Data ACF-200","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":41,"name":"Chatsworth Data ACP-200","family":"Chatsworth","interface":"Serial","reads":true,
 > {"number":1,"name":"Apperson Advantage Link","family":"Apperson","interface":"Serial","reads":false,
 > {"number":2,"name":"Scantron OpScan 2","family":"OpScan","interface":"Serial","reads":true,"simulated":true,"marks":"0-15"}
 > {"number":23,"name":"Scantron EZData","family":"EZData",
