@@ -1,10 +1,8 @@
-// zebreader against scanners on devices of their own: the simulator of every family, the
-// simulator program a host developer starts, a network serial server, a person at a desk
-// feeding sheets by hand. What is read, what went over the wire, what the person is told.
+// zebreader against scanners on devices of their own: the simulator of every family, a network
+// serial server, a person at a desk feeding sheets by hand. What is read, what went over the wire, what the person is told.
 #include "tools/ToolRun.h"
 
 #include "sim/Ser2net.h"
-#include "sim/SheetFile.h"
 #include "sim/Simulators.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/scantron/ScanMarkSimulator.h"
@@ -108,30 +106,6 @@ TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
 // OpScan, ScanMark, 8000 series, PDI, EZData, the ACP-100 that speaks EZData, and the
 // Chatsworth family (the OMR1100, and the ALS AccelScan whose cards wait for an eject).
 INSTANTIATE_TEST_SUITE_P(Simulated, ZebreaderFamily, ::testing::Values(2, 14, 16, 24, 23, 37, 20, 22));
-
-TEST_F(ZebreaderTool, TheSimulatorProgramServesTheLineItSuggestsUntilInterrupted)
-{
-    // The README's two terminals: the command line the simulator suggests reads its sheets.
-    dir.write("card.txt", "sheet\nside 1\n|X.....  .....X|\n|..X...|\n");
-    auto simulator = tool("zebreader-sim pdi --sheets card.txt");
-    std::string scan;
-    ToolResult read;
-    simulator.whileRunning = [&](const std::string& out, pid_t pid) {
-        if (!scan.empty() || out.find('\n') == std::string::npos)
-            return;
-        scan = "zebreader scan --model 24 --device " + out.substr(0, out.find('\n')) + " --side1 2:12";
-        read = run(scan + " --sheets 1 --timeout 2 --sleep 1");
-        kill(pid, SIGINT);
-    };
-    const auto r = simulator.run();
-    EXPECT_EQ(r.status, 0) << r.err;
-    expectText(r.err, {"Read them with:\n  " + scan + "\n", "zebreader-sim: stopped"});
-    ASSERT_EQ(read.status, 0) << read.err;
-    const auto lines = jsonLines(read.out);
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0]["side1"]["values"][0], json::parse("[241,0,0,0,0,0,0,0,0,0,0,241,0,0]"));
-    EXPECT_EQ(lines[0]["side1"]["values"][1], json::parse("[0,0,241,0,0,0,0,0,0,0,0,0,0,0]"));
-}
 
 // Every port leads nowhere except `port`, which leads to `path`.
 std::string onlyPort(int port, const std::string& path)

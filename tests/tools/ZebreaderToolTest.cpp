@@ -112,7 +112,8 @@ TEST_F(ZebreaderTool, CommandLines)
 0 zebreader profile opscan --json  > {"number":2,
 0 zebreader-sim 2 ^C  > ~^/dev/pts/  2> zebreader scan --model 2 --device /dev/pts/  2> zebreader-sim: stopped
 0 zebreader-sim 'scantron opscan 2' ^C  2> zebreader scan --model 2 --device /dev/pts/
-0 zebreader-sim opscan ^C  2> zebreader scan --model 2 --device /dev/pts/
+// The simulator program serves the sheets of a file until interrupted.
+0 zebreader-sim opscan --sheets two.txt ^C  2> Read them with:\n  zebreader scan --model 2 --device /dev/pts/
 
 // Usage errors.
 2 zebreader profile 'Scantron OpScan 99'  2> unknown model "Scantron OpScan 99"
