@@ -1,5 +1,6 @@
 // zebreader against scanners on devices of their own: the simulator of every family, a network
-// serial server, a person at a desk feeding sheets by hand. What is read, what went over the wire, what the person is told.
+// serial server, a person at a desk feeding sheets by hand. What is read, what went over the wire, what the
+// person is told.
 #include "tools/ToolRun.h"
 
 #include "sim/Ser2net.h"
@@ -106,74 +107,6 @@ TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
 // OpScan, ScanMark, 8000 series, PDI, EZData, the ACP-100 that speaks EZData, and the
 // Chatsworth family (the OMR1100, and the ALS AccelScan whose cards wait for an eject).
 INSTANTIATE_TEST_SUITE_P(Simulated, ZebreaderFamily, ::testing::Values(2, 14, 16, 24, 23, 37, 20, 22));
-
-// Every port leads nowhere except `port`, which leads to `path`.
-std::string onlyPort(int port, const std::string& path)
-{
-    std::string env;
-    for (int p = 1; p <= 16; ++p)
-        env += "ZEBREADER_COM" + std::to_string(p) + "=" + (p == port ? path : "/nonexistent/tty") + " ";
-    return env;
-}
-
-TEST_F(ZebreaderTool, LocateFindsTheEZDataScannerAndFirmwareAsksIt)
-{
-    sim::EZDataSimulator scanner;
-    scanner.setFirmware("  EZData 2.14  ");
-    const auto env = onlyPort(5, scanner.path());
-    for (const auto& [line, out] :
-         {std::pair{env + "zebreader locate --model 23", "5\n"},
-          {env + "zebreader firmware --model 'Scantron EZData' --port 5", "EZData 2.14\n"},
-          {"zebreader firmware --model 23 --device " + scanner.path(), "EZData 2.14\n"}}) {
-        const auto r = run(line);
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.out, out);
-    }
-    EXPECT_EQ(scanner.words(), (std::vector<std::string>{"probe", "V", "V"}));
-
-    const auto r = run(onlyPort(0, "") + "zebreader locate --model 23 --start-port 3");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, "");
-    expectText(r.err, {"no Scantron EZData answered on ports 3, 1 to 16"});
-}
-
-TEST_F(ZebreaderTool, AScanmarkReadsTheFormSavedInTheSettingsAndARefusedSheetIsNeverPrinted)
-{
-    sim::ScanMarkSimulator scanner(14, sim::sampleSheets(14));
-    ASSERT_EQ(
-        run(R"(zebreader settings save --settings Software\Desk --model 14 --side1 53:40 --timeout 2 --sleep 1)")
-            .status,
-        0);
-    auto r = run(R"(zebreader scan --settings Software\Desk --device )" + scanner.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    auto lines = jsonLines(r.out);
-    ASSERT_EQ(lines.size(), 4u) << r.out;
-    EXPECT_EQ(lines[0]["side1"]["ubound"], json::parse("[53,40]"));
-    EXPECT_EQ(lines[3]["summary"]["read"], 3);
-
-    sim::ScanMarkSimulator refusing(14, sim::sampleSheets(14));
-    refusing.rejectCommand("READ");
-    r = run(R"(zebreader scan --settings Software\Desk --device )" + refusing.path());
-    EXPECT_EQ(r.status, 1);
-    lines = jsonLines(r.out);
-    ASSERT_EQ(lines.size(), 1u) << r.out;
-    EXPECT_EQ(lines[0]["summary"]["read"], 0);
-    expectText(r.err, {"the scanner refused to read sheet 1"});
-}
-
-TEST_F(ZebreaderTool, NoResponseReportsSayWhichPort)
-{
-    auto scanner = sim::makeSimulator(2, {});
-    scanner->setSilent(true);
-    const auto scan = "zebreader scan --model 2 --port 4 --timeout 1 --sleep 1 --device " + scanner->path();
-    auto r = run(scan + " --format csv");
-    EXPECT_EQ(r.status, 1);
-    expectText(r.err, {"~^[^\n]*\\(No Response\\)", "~^[^\n]*\\[COM4, " + scanner->path() + "\\]"});
-    r = run(scan);
-    const auto error = json::parse(r.errLines().at(0));
-    EXPECT_EQ(error["error"]["port"], 4);
-    EXPECT_EQ(error["error"]["device"], scanner->path());
-}
 
 TEST_F(ZebreaderTool, ScanReadsThroughANetworkSerialServerNamedByDevice)
 {

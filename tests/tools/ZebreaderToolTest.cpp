@@ -3,7 +3,12 @@
 // stdout and are refused before any device is opened (that would fail with 1).
 #include "tools/ToolRun.h"
 
+#include "sim/Simulators.h"
+#include "sim/ezdata/EZDataSimulator.h"
+#include "sim/scantron/ScanMarkSimulator.h"
+
 #include <filesystem>
+#include <map>
 #include <regex>
 #include <sstream>
 
@@ -86,9 +91,32 @@ TEST_F(ZebreaderTool, CommandLines)
               "\"ScannerType\"=\"24\"\r\n\"ScannerPort\"=\"0\"\r\n\"Duplex\"=\"True\"\r\n"
               "\"ScannerParity\"=\"E\"\r\n\r\n");
 
+    // Scanners on devices of their own: an EZData behind port 5 only, a ScanMark, one that
+    // refuses to read, one that never answers.
+    sim::EZDataSimulator ezdata;
+    ezdata.setFirmware("  EZData 2.14  ");
+    sim::ScanMarkSimulator scanMark(14, sim::sampleSheets(14)), refusing(14, sim::sampleSheets(14));
+    refusing.rejectCommand("READ");
+    const auto silent = sim::makeSimulator(2, {});
+    silent->setSilent(true);
+    std::string nowhere, only5;
+    for (int p = 1; p <= 16; ++p) {
+        const auto com = "ZEBREADER_COM" + std::to_string(p) + "=";
+        nowhere += com + "/nonexistent/tty ";
+        only5 += com + (p == 5 ? ezdata.path() : "/nonexistent/tty") + " ";
+    }
+    const std::map<std::string, std::string> vars{
+        {"$SIM", "zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file"},
+        {"$ONLY5 ", only5},
+        {"$NOWHERE ", nowhere},
+        {"$EZDATA", ezdata.path()},
+        {"$SCANMARK", scanMark.path()},
+        {"$REFUSING", refusing.path()},
+        {"$SILENT", silent->path()}};
+
     // Each command line comes after its exit status; "> " parts are what it prints on stdout,
     // "2> " parts on stderr (see expectText; \n is a newline). $SIM scans the built-in
-    // OpScan simulator with short waits.
+    // OpScan simulator with short waits; the other $ words are the scanners above.
     const std::string transcript =
         R"T(
 // The catalogue; both tools name a model the same way.
@@ -236,7 +264,27 @@ TEST_F(ZebreaderTool, CommandLines)
 0 zebreader firmware --model 22 --simulate  > =OMR-1100 - Version 1.04\n
 0 zebreader locate --model 37 --simulate --start-port 9  > =9\n
 0 zebreader firmware --model 23 --simulate  > ~.
+0 $ONLY5 zebreader locate --model 23  > =5\n
+0 $ONLY5 zebreader firmware --model 'Scantron EZData' --port 5  > =EZData 2.14\n
+0 zebreader firmware --model 23 --device $EZDATA  > =EZData 2.14\n
+1 $NOWHERE zebreader locate --model 23 --start-port 3  > =  2> no Scantron EZData answered on ports 3, 1 to 16
+// A ScanMark reads the form saved in the settings; a refused sheet is never printed.
+0 zebreader settings save --settings Software\Desk --model 14 --side1 53:40 --timeout 2 --sleep 1
+0 zebreader scan --settings Software\Desk --device $SCANMARK  > ~^\{"sheet":1,"side1":\{"lbound":\[1,1\],"ubound":\[53,40\],
+> ~\n\{"sheet":3,[^\n]*\n\{"summary":\{"result":true,"sheets":[0-9]+,"read":3,"cancelScan":true\}\}\n$
+1 zebreader scan --settings Software\Desk --device $REFUSING  > ~^\{"summary":\{[^\n]*"read":0,[^\n]*\}\n$
+2> the scanner refused to read sheet 1
+// No response: the report names the port and its device.
+1 zebreader scan --model 2 --port 4 --timeout 1 --sleep 1 --device $SILENT --format csv
+2> ~^[^\n]*\(No Response\)  2> ~^[^\n]*\[COM4, $SILENT\]
+1 zebreader scan --model 2 --port 4 --timeout 1 --sleep 1 --device $SILENT  2> ~^\{"error":\{[^\n]*"port":4,"device":"$SILENT"
 )T";
+    const auto substituted = [&](std::string text) {
+        for (const auto& [name, value] : vars)
+            for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at + value.size()))
+                text.replace(at, name.size(), value);
+        return text;
+    };
     std::string line;
     std::vector<std::string> out, err;
     int status = 0;
@@ -253,8 +301,8 @@ TEST_F(ZebreaderTool, CommandLines)
         for (auto at = text.find("> "); at != std::string::npos;) {
             const auto next = std::min(text.find("  > ", at), text.find("  2> ", at));
             (at > 0 && text[at - 1] == '2' ? err : out)
-                .push_back(
-                    std::regex_replace(text.substr(at + 2, next - at - 2), std::regex(R"(\\n)"), "\n"));
+                .push_back(std::regex_replace(substituted(text.substr(at + 2, next - at - 2)),
+                                              std::regex(R"(\\n)"), "\n"));
             at = next == std::string::npos ? next : text.find("> ", next);
         }
     };
@@ -270,8 +318,7 @@ TEST_F(ZebreaderTool, CommandLines)
             check();
         const auto end = std::min(l.find("  > "), l.find("  2> "));
         status = l[0] - '0';
-        line = std::regex_replace(l.substr(2, end - 2), std::regex(R"(\$SIM)"),
-                                  "zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file");
+        line = substituted(l.substr(2, end - 2));
         out.clear();
         err.clear();
         if (end != std::string::npos)
@@ -279,6 +326,7 @@ TEST_F(ZebreaderTool, CommandLines)
     }
     check();
 
+    EXPECT_EQ(ezdata.words(), (std::vector<std::string>{"probe", "V", "V"}));
     EXPECT_EQ(readFile(dir.file("damaged/HKEY_CURRENT_USER.reg")), damaged);
     EXPECT_EQ(readFile(dir.file("out.reg")),
               "Windows Registry Editor Version 5.00\n\n"
