@@ -34,7 +34,7 @@ TEST_F(ZebreaderTool, TraceShowsEveryByteAndRejectAndPrintSendTheirCommands)
     expectText(r.out, {"~^\\{\"sheet\":1,", "\"rejected\":false}\n{\"sheet\":2,",
                        "\"rejected\":true}\n{\"summary\""});
     const auto text = readFile(dir.file("trace.txt"));
-    const auto lines = ToolResult{0, text, {}}.outLines();
+    const auto lines = test::lines(text);
     ASSERT_GT(lines.size(), 3u);
     EXPECT_EQ(lines[0].rfind("# zebreader trace of COM1 (simulated, /dev/pts/", 0), 0u) << lines[0];
     const std::regex line(R"(\d+\.\d{6} [<>]( [0-9A-F]{2}){1,16} *  .{1,16})");
@@ -67,7 +67,7 @@ TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)
     EXPECT_TRUE(sent);
     EXPECT_EQ(r.status, 0) << r.err;
     // Three reads were started; the third was stopped before a sheet came.
-    EXPECT_EQ(r.outLines().back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
+    EXPECT_EQ(lines(r.out).back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
     for (int sheet = 1; sheet <= 3; ++sheet)
         expectText(r.err, {"waiting for sheet " + std::to_string(sheet) + ": feed a sheet, Ctrl-C to stop"});
     expectText(r.err, {"!waiting for sheet 4"});
