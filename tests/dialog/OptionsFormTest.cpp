@@ -26,11 +26,13 @@ struct OptionsForm : ::testing::Test {
         reader.LoadDefaults(type);
         return options::valuesOf(reader);
     }
-    static void expectTexts(const FormValues& values,
-                            std::initializer_list<std::pair<Field, const char*>> want)
+    // The texts of `fields`, in their order.
+    static std::vector<std::string> texts(const FormValues& values, std::initializer_list<Field> fields)
     {
-        for (const auto& [field, text] : want)
-            EXPECT_EQ(values[field], text) << "field " << static_cast<int>(field);
+        std::vector<std::string> out;
+        for (const auto field : fields)
+            out.push_back(values[field]);
+        return out;
     }
 };
 
@@ -96,18 +98,15 @@ TEST_F(OptionsForm, ChangingModelFixesWhatTheNewModelDoesNotLetTheUserChange)
 
     options::changeModel(values, *profiles, zebReaderTypeNCSEZData);
     // The threshold stays: the user may change it.
-    expectTexts(values, {{Field::ReaderType, "23"},
-                         {Field::BaudRate, "9600"},
-                         {Field::Parity, "E"},
-                         {Field::StopBits, "1"},
-                         {Field::TimeOut, "10"},
-                         {Field::RecognitionThreshold, "12"},
-                         {Field::Port, "5"}});
+    EXPECT_EQ(texts(values, {Field::ReaderType, Field::BaudRate, Field::Parity, Field::StopBits,
+                             Field::TimeOut, Field::RecognitionThreshold, Field::Port}),
+              (std::vector<std::string>{"23", "9600", "E", "1", "10", "12", "5"}));
     EXPECT_FALSE(values.checked(Field::Duplex));
 
     options::changeModel(values, *profiles, zebReaderTypeSekonicSR2300);
     // A profile has no port.
-    expectTexts(values, {{Field::Port, "5"}, {Field::Parity, ""}, {Field::DataBits, "0"}});
+    EXPECT_EQ(texts(values, {Field::Port, Field::Parity, Field::DataBits}),
+              (std::vector<std::string>{"5", "", "0"}));
     EXPECT_FALSE(options::validate(values, *profiles)) << "a USB model's empty line settings are its own";
 }
 
@@ -188,11 +187,9 @@ TEST_F(OptionsForm, DefaultsComeFromLoadDefaultsAndLeaveTheReaderAlone)
 
     const FormValues defaults = options::withDefaults(values, *profiles);
     // The threshold is the host's profile's.
-    expectTexts(defaults, {{Field::ReaderType, "23"},
-                           {Field::Port, "7"},
-                           {Field::TimeOut, "10"},
-                           {Field::Parity, "E"},
-                           {Field::RecognitionThreshold, "6"}});
+    EXPECT_EQ(texts(defaults, {Field::ReaderType, Field::Port, Field::TimeOut, Field::Parity,
+                               Field::RecognitionThreshold}),
+              (std::vector<std::string>{"23", "7", "10", "E", "6"}));
     EXPECT_TRUE(defaults.checked(Field::Windowing));
     EXPECT_EQ(reader.ReaderType(), zebReaderTypeNCSOpScan2);
 }
