@@ -156,49 +156,6 @@ struct Rig {
         com.Settings("9600,N,8,1");
         com.PortOpen(true);
     }
-
-    // The family's options (feeder, duplex, window mode...) from the input's first byte.
-    void options(uint8_t flags)
-    {
-        reader.Feeder((flags & 1) != 0);
-        reader.Duplex((flags & 2) != 0);
-        reader.DuplexForm((flags & 2) != 0);
-        reader.Rejecter((flags & 4) != 0);
-        reader.ReaderGrade(family == Family::OpScan && (flags & 8) != 0);
-        basScantron::ScanMarkCharBase = (flags & 16) ? 0 : 48;
-        // The ALS AccelScan keeps its card for the host; the OMR1100 sends it out at once.
-        if (family == Family::Chatsworth)
-            reader.ReaderType((flags & 8) ? zebReaderTypeChatsworthALSAccelScanOMR
-                                          : zebReaderTypeChatsworthOMR1100);
-    }
-
-    void read(uint8_t flags)
-    {
-        switch (family) {
-        case Family::OpScan: basNCS::ReadPageNCS(reader); break;
-        case Family::EZData: basNCSEZData::ReadPageNCSEZ(reader); break;
-        case Family::ScanMark:
-            if (flags & 32)
-                basScantron::ReadWindowsST(reader);
-            else
-                basScantron::ReadPageST(reader);
-            break;
-        case Family::Pdi: basPeripheralDynamics::ReadPagePD(reader); break;
-        case Family::Chatsworth: basChatsworth::ReadPageCT(reader); break;
-        }
-    }
-
-    // Leaves the line empty for the next run.
-    void settle()
-    {
-        peer.forget();
-        peer.waitIdle(10s);
-        auto& fc = Reader::fComm(reader);
-        fc.tmrScan.Enabled(false);
-        fc.mscComm.InputLen(0);
-        while (fc.mscComm.InBufferCount() > 0)
-            fc.mscComm.Input();
-    }
 };
 
 } // namespace
@@ -206,12 +163,40 @@ struct Rig {
 ZEBREADER_FUZZ(in)
 {
     static Rig rig;
+    auto& reader = rig.reader;
+    auto& fc = Reader::fComm(reader);
+    // The family's options (feeder, duplex, window mode...) from the input's first byte.
     const uint8_t flags = in.byte();
-    rig.options(flags);
+    reader.Feeder((flags & 1) != 0);
+    reader.Duplex((flags & 2) != 0);
+    reader.DuplexForm((flags & 2) != 0);
+    reader.Rejecter((flags & 4) != 0);
+    reader.ReaderGrade(family == Family::OpScan && (flags & 8) != 0);
+    basScantron::ScanMarkCharBase = (flags & 16) ? 0 : 48;
+    // The ALS AccelScan keeps its card for the host; the OMR1100 sends it out at once.
+    if (family == Family::Chatsworth)
+        reader.ReaderType((flags & 8) ? zebReaderTypeChatsworthALSAccelScanOMR
+                                      : zebReaderTypeChatsworthOMR1100);
+
     rig.peer.load(in);
-    rig.reader.CancelScan(false);
-    Reader::fComm(rig.reader).tmrScan.Interval(TimerMs);
-    rig.peer.cancelWhenQuiet(rig.reader);
-    rig.read(flags);
-    rig.settle();
+    reader.CancelScan(false);
+    fc.tmrScan.Interval(TimerMs);
+    rig.peer.cancelWhenQuiet(reader);
+    switch (family) {
+    case Family::OpScan: basNCS::ReadPageNCS(reader); break;
+    case Family::EZData: basNCSEZData::ReadPageNCSEZ(reader); break;
+    case Family::ScanMark:
+        (flags & 32) ? basScantron::ReadWindowsST(reader) : basScantron::ReadPageST(reader);
+        break;
+    case Family::Pdi: basPeripheralDynamics::ReadPagePD(reader); break;
+    case Family::Chatsworth: basChatsworth::ReadPageCT(reader); break;
+    }
+
+    // Leaves the line empty for the next run.
+    rig.peer.forget();
+    rig.peer.waitIdle(10s);
+    fc.tmrScan.Enabled(false);
+    fc.mscComm.InputLen(0);
+    while (fc.mscComm.InBufferCount() > 0)
+        fc.mscComm.Input();
 }
