@@ -9,7 +9,6 @@
 #include "sim/scantron/ScanMarkSimulator.h"
 
 #include <csignal>
-#include <regex>
 
 namespace zebreader81::test {
 namespace {
@@ -22,33 +21,6 @@ int count(const std::string& text, const std::string& what)
     for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
         ++n;
     return n;
-}
-
-TEST_F(ZebreaderTool, TraceShowsEveryByteAndRejectAndPrintSendTheirCommands)
-{
-    dir.write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
-    const auto r =
-        run("zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file two.txt --rejecter "
-            "--reject 2 --print HI --print-distance 7 --trace trace.txt");
-    ASSERT_EQ(r.status, 0) << r.err;
-    expectText(r.out, {"~^\\{\"sheet\":1,", "\"rejected\":false}\n{\"sheet\":2,",
-                       "\"rejected\":true}\n{\"summary\""});
-    const auto text = readFile(dir.file("trace.txt"));
-    const auto lines = test::lines(text);
-    ASSERT_GT(lines.size(), 3u);
-    EXPECT_EQ(lines[0].rfind("# zebreader trace of COM1 (simulated, /dev/pts/", 0), 0u) << lines[0];
-    const std::regex line(R"(\d+\.\d{6} [<>]( [0-9A-F]{2}){1,16} *  .{1,16})");
-    for (std::size_t i = 1; i < lines.size(); ++i)
-        EXPECT_TRUE(std::regex_match(lines[i], line)) << lines[i];
-    // The full status query first; replies come back.
-    EXPECT_NE(lines[1].find("> 73 30 "), std::string::npos) << lines[1];
-    EXPECT_NE(lines[1].find("  s0"), std::string::npos);
-    EXPECT_NE(text.find(" < "), std::string::npos);
-    // ESC DC2 once: the rejected last sheet is not ejected as well. Position "1" "07" EOT and
-    // text "2" "HI" blank EOT on every sheet.
-    EXPECT_EQ(count(text, "> 1B 12 "), 1) << text;
-    EXPECT_EQ(count(text, "> 31 30 37 04 "), 2) << text;
-    EXPECT_EQ(count(text, "> 32 48 49 20 04 "), 2) << text;
 }
 
 TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)

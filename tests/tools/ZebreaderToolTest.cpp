@@ -245,6 +245,9 @@ TEST_F(ZebreaderTool, CommandLines)
         R"T(
 0 $SIM svg.txt --format svg --output pics  > =pics/sheet-0001.svg\n
 0 $SIM two.txt --format svg  > =sheet-0001.svg\nsheet-0002.svg\n
+// A trace of every byte; reject and print send their commands.
+0 $SIM two.txt --rejecter --reject 2 --print HI --print-distance 7 --trace trace.txt  > ~^\{"sheet":1,
+> "rejected":false}\n{"sheet":2,  > "rejected":true}\n{"summary"
 // A side 2 on a single-sided set-up names the options on a line of its own.
 1 $SIM side2.txt --no-duplex 2>tty  > ~^\{"sheet":1,  > !{"sheet":2
 > }\n{"summary":{"result":true,"sheets":2,"read":1,"cancelScan":true}}\n
@@ -332,6 +335,25 @@ TEST_F(ZebreaderTool, CommandLines)
               "Windows Registry Editor Version 5.00\n\n"
               "[HKEY_CURRENT_USER\\Software\\Imported]\n\"ScannerType\"=\"24\"\n"
               "\"ScannerPort\"=\"0\"\n\"Duplex\"=\"True\"\n\"ScannerParity\"=\"E\"\n\n");
+    // The trace: a heading, then each chunk in hex and as text, the full status query first. ESC
+    // DC2 once: the rejected last sheet is not ejected as well. Position "1" "07" EOT and text "2"
+    // "HI" blank EOT on every sheet.
+    const auto text = readFile(dir.file("trace.txt"));
+    const auto trace = lines(text);
+    ASSERT_GT(trace.size(), 3u);
+    EXPECT_EQ(trace[0].rfind("# zebreader trace of COM1 (simulated, /dev/pts/", 0), 0u) << trace[0];
+    expectText(trace[1], {"> 73 30 ", "  s0"});
+    expectText(text, {" < "});
+    std::map<std::string, int> chunks{{"> 1B 12 ", 0}, {"> 31 30 37 04 ", 0}, {"> 32 48 49 20 04 ", 0}};
+    for (std::size_t i = 1; i < trace.size(); ++i) {
+        EXPECT_TRUE(
+            std::regex_match(trace[i], std::regex(R"(\d+\.\d{6} [<>]( [0-9A-F]{2}){1,16} *  .{1,16})")))
+            << trace[i];
+        for (auto& [start, n] : chunks)
+            n += trace[i].find(start) != std::string::npos;
+    }
+    EXPECT_EQ(chunks,
+              (std::map<std::string, int>{{"> 1B 12 ", 1}, {"> 31 30 37 04 ", 2}, {"> 32 48 49 20 04 ", 2}}));
     const auto svg = readFile(dir.file("pics/sheet-0001.svg"));
     expectText(
         svg, {"<svg xmlns=\"http://www.w3.org/2000/svg\"", "Side 2", "Barcodes: 4711, &lt;&amp;&gt;</text>"});
