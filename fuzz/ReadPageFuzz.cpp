@@ -12,6 +12,7 @@
 #include "sim/Peer.h"
 #include "zebreader81/zebreader81.h"
 
+#include <array>
 #include <memory>
 #include <vector>
 
@@ -113,37 +114,6 @@ SafeArray<int16_t> one(int16_t value)
     return a;
 }
 
-std::shared_ptr<clsZEBReaderWindow> area(int16_t startRow, int16_t numRows, int16_t rowGap, int16_t startCol,
-                                         int16_t numCols, int16_t colGap, int16_t page, int16_t orientation)
-{
-    auto w = std::make_shared<clsZEBReaderWindow>();
-    w->StartRow(startRow);
-    w->NumRows(numRows);
-    w->RowGap(rowGap);
-    w->StartCol(startCol);
-    w->NumCols(numCols);
-    w->ColGap(colGap);
-    w->Page(page);
-    w->Orientation(orientation);
-    return w;
-}
-
-// Takes every report without a word; registering it keeps stderr free of message boxes.
-class QuietHost : public ErrorHost {
-public:
-    bool Silent() const override { return silent_; }
-    void Silent(bool value) override { silent_ = value; }
-    int16_t RaiseError(int32_t&, int32_t&, std::string&, std::string&, std::string&, std::string&,
-                       std::string&, std::string&, int32_t&, std::string&, std::string&, std::string&,
-                       bool&) override
-    {
-        return 0;
-    }
-
-private:
-    bool silent_ = false;
-};
-
 // One line and one open reader per process.
 struct Rig {
     sim::MemoryLines lines;
@@ -152,15 +122,13 @@ struct Rig {
 
     Rig()
     {
-        clsZEBReader().SetError(std::make_shared<QuietHost>());
+        // Reports go to a message box that shows nothing: stderr stays free of them.
+        SetMessageBoxHook([](const std::string&, const std::string&, int32_t) {});
         sim::mapPort(Port, peer.path());
-        switch (family) {
-        case Family::OpScan: reader.ReaderType(zebReaderTypeNCSOpScan2); break;
-        case Family::EZData: reader.ReaderType(zebReaderTypeNCSEZData); break;
-        case Family::ScanMark: reader.ReaderType(zebReaderTypeScantronScanMark2000); break;
-        case Family::Pdi: reader.ReaderType(zebReaderTypePDIVMR138); break;
-        case Family::Chatsworth: reader.ReaderType(zebReaderTypeChatsworthOMR1100); break;
-        }
+        const zebReaderType types[] = {zebReaderTypeNCSOpScan2, zebReaderTypeNCSEZData,
+                                       zebReaderTypeScantronScanMark2000, zebReaderTypePDIVMR138,
+                                       zebReaderTypeChatsworthOMR1100};
+        reader.ReaderType(types[static_cast<int>(family)]);
         reader.Port(Port);
         reader.TimeOut(1);
         reader.SleepTime(1);
@@ -169,56 +137,24 @@ struct Rig {
         reader.Side1Cols(one(48));
         reader.Side2Rows(one(6));
         reader.Side2Cols(one(20));
-        reader.Windows()->Add(area(1, 3, 1, 1, 5, 1, 1, 1));
-        reader.Windows()->Add(area(4, 2, -1, 10, 3, 2, 2, 0));
+        // Two windows: start row, rows, row gap, start column, columns, column gap, page, orientation.
+        for (const auto& a : {std::array<int16_t, 8>{1, 3, 1, 1, 5, 1, 1, 1}, {4, 2, -1, 10, 3, 2, 2, 0}}) {
+            auto w = std::make_shared<clsZEBReaderWindow>();
+            w->StartRow(a[0]);
+            w->NumRows(a[1]);
+            w->RowGap(a[2]);
+            w->StartCol(a[3]);
+            w->NumCols(a[4]);
+            w->ColGap(a[5]);
+            w->Page(a[6]);
+            w->Orientation(a[7]);
+            reader.Windows()->Add(w);
+        }
         auto& com = Reader::fComm(reader).mscComm;
         com.Handshaking(0);
         com.CommPort(Port);
         com.Settings("9600,N,8,1");
         com.PortOpen(true);
-    }
-
-    // The family's options (feeder, duplex, window mode...) from the input's first byte.
-    void options(uint8_t flags)
-    {
-        reader.Feeder((flags & 1) != 0);
-        reader.Duplex((flags & 2) != 0);
-        reader.DuplexForm((flags & 2) != 0);
-        reader.Rejecter((flags & 4) != 0);
-        reader.ReaderGrade(family == Family::OpScan && (flags & 8) != 0);
-        basScantron::ScanMarkCharBase = (flags & 16) ? 0 : 48;
-        // The ALS AccelScan keeps its card for the host; the OMR1100 sends it out at once.
-        if (family == Family::Chatsworth)
-            reader.ReaderType((flags & 8) ? zebReaderTypeChatsworthALSAccelScanOMR
-                                          : zebReaderTypeChatsworthOMR1100);
-    }
-
-    void read(uint8_t flags)
-    {
-        switch (family) {
-        case Family::OpScan: basNCS::ReadPageNCS(reader); break;
-        case Family::EZData: basNCSEZData::ReadPageNCSEZ(reader); break;
-        case Family::ScanMark:
-            if (flags & 32)
-                basScantron::ReadWindowsST(reader);
-            else
-                basScantron::ReadPageST(reader);
-            break;
-        case Family::Pdi: basPeripheralDynamics::ReadPagePD(reader); break;
-        case Family::Chatsworth: basChatsworth::ReadPageCT(reader); break;
-        }
-    }
-
-    // Leaves the line empty for the next run.
-    void settle()
-    {
-        peer.forget();
-        peer.waitIdle(10s);
-        auto& fc = Reader::fComm(reader);
-        fc.tmrScan.Enabled(false);
-        fc.mscComm.InputLen(0);
-        while (fc.mscComm.InBufferCount() > 0)
-            fc.mscComm.Input();
     }
 };
 
@@ -227,12 +163,40 @@ struct Rig {
 ZEBREADER_FUZZ(in)
 {
     static Rig rig;
+    auto& reader = rig.reader;
+    auto& fc = Reader::fComm(reader);
+    // The family's options (feeder, duplex, window mode...) from the input's first byte.
     const uint8_t flags = in.byte();
-    rig.options(flags);
+    reader.Feeder((flags & 1) != 0);
+    reader.Duplex((flags & 2) != 0);
+    reader.DuplexForm((flags & 2) != 0);
+    reader.Rejecter((flags & 4) != 0);
+    reader.ReaderGrade(family == Family::OpScan && (flags & 8) != 0);
+    basScantron::ScanMarkCharBase = (flags & 16) ? 0 : 48;
+    // The ALS AccelScan keeps its card for the host; the OMR1100 sends it out at once.
+    if (family == Family::Chatsworth)
+        reader.ReaderType((flags & 8) ? zebReaderTypeChatsworthALSAccelScanOMR
+                                      : zebReaderTypeChatsworthOMR1100);
+
     rig.peer.load(in);
-    rig.reader.CancelScan(false);
-    Reader::fComm(rig.reader).tmrScan.Interval(TimerMs);
-    rig.peer.cancelWhenQuiet(rig.reader);
-    rig.read(flags);
-    rig.settle();
+    reader.CancelScan(false);
+    fc.tmrScan.Interval(TimerMs);
+    rig.peer.cancelWhenQuiet(reader);
+    switch (family) {
+    case Family::OpScan: basNCS::ReadPageNCS(reader); break;
+    case Family::EZData: basNCSEZData::ReadPageNCSEZ(reader); break;
+    case Family::ScanMark:
+        (flags & 32) ? basScantron::ReadWindowsST(reader) : basScantron::ReadPageST(reader);
+        break;
+    case Family::Pdi: basPeripheralDynamics::ReadPagePD(reader); break;
+    case Family::Chatsworth: basChatsworth::ReadPageCT(reader); break;
+    }
+
+    // Leaves the line empty for the next run.
+    rig.peer.forget();
+    rig.peer.waitIdle(10s);
+    fc.tmrScan.Enabled(false);
+    fc.mscComm.InputLen(0);
+    while (fc.mscComm.InBufferCount() > 0)
+        fc.mscComm.Input();
 }

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 namespace zebreader81::test {
 namespace {
 
@@ -23,6 +25,14 @@ struct OptionsForm : ::testing::Test {
     {
         reader.LoadDefaults(type);
         return options::valuesOf(reader);
+    }
+    // The texts of `fields`, in their order.
+    static std::vector<std::string> texts(const FormValues& values, std::initializer_list<Field> fields)
+    {
+        std::vector<std::string> out;
+        for (const auto field : fields)
+            out.push_back(values[field]);
+        return out;
     }
 };
 
@@ -87,19 +97,16 @@ TEST_F(OptionsForm, ChangingModelFixesWhatTheNewModelDoesNotLetTheUserChange)
     values.check(Field::Duplex, true);
 
     options::changeModel(values, *profiles, zebReaderTypeNCSEZData);
-    EXPECT_EQ(values[Field::ReaderType], "23");
-    EXPECT_EQ(values[Field::BaudRate], "9600");
-    EXPECT_EQ(values[Field::Parity], "E");
-    EXPECT_EQ(values[Field::StopBits], "1");
-    EXPECT_EQ(values[Field::TimeOut], "10");
+    // The threshold stays: the user may change it.
+    EXPECT_EQ(texts(values, {Field::ReaderType, Field::BaudRate, Field::Parity, Field::StopBits,
+                             Field::TimeOut, Field::RecognitionThreshold, Field::Port}),
+              (std::vector<std::string>{"23", "9600", "E", "1", "10", "12", "5"}));
     EXPECT_FALSE(values.checked(Field::Duplex));
-    EXPECT_EQ(values[Field::RecognitionThreshold], "12") << "the user may change it";
-    EXPECT_EQ(values[Field::Port], "5");
 
     options::changeModel(values, *profiles, zebReaderTypeSekonicSR2300);
-    EXPECT_EQ(values[Field::Port], "5") << "a profile has no port";
-    EXPECT_EQ(values[Field::Parity], "");
-    EXPECT_EQ(values[Field::DataBits], "0");
+    // A profile has no port.
+    EXPECT_EQ(texts(values, {Field::Port, Field::Parity, Field::DataBits}),
+              (std::vector<std::string>{"5", "", "0"}));
     EXPECT_FALSE(options::validate(values, *profiles)) << "a USB model's empty line settings are its own";
 }
 
@@ -179,12 +186,11 @@ TEST_F(OptionsForm, DefaultsComeFromLoadDefaultsAndLeaveTheReaderAlone)
     profiles->Item("23")->RecognitionThreshold(6);
 
     const FormValues defaults = options::withDefaults(values, *profiles);
-    EXPECT_EQ(defaults[Field::ReaderType], "23");
-    EXPECT_EQ(defaults[Field::Port], "7");
+    // The threshold is the host's profile's.
+    EXPECT_EQ(texts(defaults, {Field::ReaderType, Field::Port, Field::TimeOut, Field::Parity,
+                               Field::RecognitionThreshold}),
+              (std::vector<std::string>{"23", "7", "10", "E", "6"}));
     EXPECT_TRUE(defaults.checked(Field::Windowing));
-    EXPECT_EQ(defaults[Field::TimeOut], "10");
-    EXPECT_EQ(defaults[Field::Parity], "E");
-    EXPECT_EQ(defaults[Field::RecognitionThreshold], "6") << "the host's profile";
     EXPECT_EQ(reader.ReaderType(), zebReaderTypeNCSOpScan2);
 }
 
@@ -198,18 +204,15 @@ TEST_F(OptionsForm, LocateAndFirmwareAskTheScannerOnAScratchReader)
     values[Field::TimeOut] = "1";
 
     const auto found = options::locate(values, *profiles);
-    EXPECT_TRUE(found.succeeded);
-    EXPECT_EQ(found.message, "The Scantron EZData answered on COM4.");
-    EXPECT_EQ(found.values[Field::Port], "4");
-
+    EXPECT_EQ(std::tie(found.succeeded, found.message, found.values[Field::Port]),
+              std::tuple(true, "The Scantron EZData answered on COM4.", "4"));
     const auto firmware = options::firmware(values, *profiles);
-    EXPECT_TRUE(firmware.succeeded);
-    EXPECT_EQ(firmware.message, "Firmware of the Scantron EZData on COM4: EZData 2.04");
-
+    EXPECT_EQ(std::tie(firmware.succeeded, firmware.message),
+              std::tuple(true, "Firmware of the Scantron EZData on COM4: EZData 2.04"));
     values[Field::ReaderType] = "2";
     const auto refused = options::firmware(values, *profiles);
-    EXPECT_FALSE(refused.succeeded);
-    EXPECT_EQ(refused.message, "The Scantron OpScan 2 on COM4 did not report its firmware.");
+    EXPECT_EQ(std::tie(refused.succeeded, refused.message),
+              std::tuple(false, "The Scantron OpScan 2 on COM4 did not report its firmware."));
     EXPECT_EQ(reader.Port(), 1) << "the reader is not touched";
     EXPECT_TRUE(errors.host->reports.empty());
 }

@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 #include <thread>
+#include <tuple>
 
 namespace zebreader81::test {
 namespace {
+
+using namespace std::string_literals;
 
 TEST(ReportError, WithoutAHostAMessageBoxShowsTheTextWithoutTheComponentNameAndWithTheLine)
 {
@@ -37,11 +40,8 @@ TEST(ReportError, ForwardsToTheHostAndRestoresSilent)
                                     "Invalid Port Number", true),
               7);
     const auto& r = scope.host->only();
-    EXPECT_EQ(r.number, 8002);
-    EXPECT_EQ(r.kind, 2);
-    EXPECT_EQ(r.location, "basRead.ReaderInit");
-    EXPECT_EQ(r.title, "Invalid Port Number");
-    EXPECT_TRUE(r.silentDuringCall);
+    EXPECT_EQ(std::tie(r.number, r.kind, r.location, r.title, r.silentDuringCall),
+              std::tuple(8002, 2, "basRead.ReaderInit"s, "Invalid Port Number"s, true));
     EXPECT_FALSE(scope.host->silent) << "Silent passed for one report must not stay";
 }
 
@@ -67,11 +67,10 @@ TEST(ReportError, TrappedExceptionsBecomeRunTimeErrors)
     HostScope scope;
     EXPECT_FALSE(trap("ZEBReader81 - m.p", false, []() -> bool { throw std::out_of_range("x"); }));
     EXPECT_EQ(trap("ZEBReader81 - m.q", int16_t{-1}, []() -> int16_t { err::raise(err::Overflow); }), -1);
-    ASSERT_EQ(scope.host->reports.size(), 2u);
-    EXPECT_EQ(scope.host->reports[0].number, 9);
-    EXPECT_EQ(scope.host->reports[0].description, "Subscript out of range");
-    EXPECT_EQ(scope.host->reports[1].number, 6);
-    EXPECT_EQ(scope.host->reports[1].kind, 0);
+    const auto& r = scope.host->reports;
+    ASSERT_EQ(r.size(), 2u);
+    EXPECT_EQ(std::tie(r[0].number, r[0].description, r[1].number, r[1].kind),
+              std::tuple(9, "Subscript out of range"s, 6, 0));
 }
 
 TEST(ReportError, AHostThatThrowsNeverReachesTheCaller)

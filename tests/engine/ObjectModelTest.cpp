@@ -53,14 +53,6 @@ TEST(Imprinter, OneModelPerKindOfImprinter)
     }
 }
 
-TEST(Reader, AssigningReaderTypeRetypesTheImprinter)
-{
-    clsZEBReader reader;
-    reader.ReaderType(zebReaderTypeSekonicSR1800);
-    EXPECT_EQ(reader.Printer()->Distance(), 245);
-    EXPECT_EQ(reader.ReaderName(), "Sekonic SR1800 (USB)");
-}
-
 TEST(Reader, GeometryMaximaIgnoreElementZero)
 {
     clsZEBReader reader;

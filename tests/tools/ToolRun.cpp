@@ -17,23 +17,6 @@ extern char** environ;
 
 namespace zebreader81::test {
 
-namespace {
-
-std::vector<std::string> lines(const std::string& text)
-{
-    std::vector<std::string> out;
-    std::stringstream in(text);
-    std::string line;
-    while (std::getline(in, line))
-        out.push_back(line);
-    return out;
-}
-
-} // namespace
-
-std::vector<std::string> ToolResult::outLines() const { return lines(out); }
-std::vector<std::string> ToolResult::errLines() const { return lines(err); }
-
 ToolResult ToolRun::run() const
 {
     // Output goes to files, read when the tool is done (and by whileRunning as it goes); a
@@ -120,10 +103,9 @@ TempDir::~TempDir()
         std::filesystem::remove_all(path_, ec);
 }
 
-std::string TempDir::write(const std::string& name, const std::string& text) const
+void TempDir::write(const std::string& name, const std::string& text) const
 {
     std::ofstream(file(name), std::ios::binary) << text;
-    return file(name);
 }
 
 namespace {
@@ -194,6 +176,15 @@ void ZebreaderTool::expectText(const std::string& text, const std::vector<std::s
         else
             EXPECT_NE(text.find(part), std::string::npos) << "no " << part << " in\n" << text;
     }
+}
+
+std::vector<std::string> lines(const std::string& text)
+{
+    std::vector<std::string> out;
+    std::stringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        out.push_back(line);
+    return out;
 }
 
 std::string readFile(const std::string& path)

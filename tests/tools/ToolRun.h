@@ -15,9 +15,6 @@ namespace zebreader81::test {
 struct ToolResult {
     int status = -1; // exit status; 128 + signal when killed
     std::string out, err;
-    /// The lines of out / err.
-    std::vector<std::string> outLines() const;
-    std::vector<std::string> errLines() const;
 };
 
 struct ToolRun {
@@ -45,8 +42,8 @@ public:
     TempDir& operator=(const TempDir&) = delete;
     const std::string& path() const { return path_; }
     std::string file(const std::string& name) const { return path_ + "/" + name; }
-    /// Writes `text` to file(name) and returns its path.
-    std::string write(const std::string& name, const std::string& text) const;
+    /// Writes `text` to file(name).
+    void write(const std::string& name, const std::string& text) const;
 
 private:
     std::string path_;
@@ -54,6 +51,8 @@ private:
 
 /// Reads a whole file ("" when missing).
 std::string readFile(const std::string& path);
+/// The lines of `text`.
+std::vector<std::string> lines(const std::string& text);
 
 /// The tools with a private settings store, started in a fresh folder.
 class ZebreaderTool : public ::testing::Test {

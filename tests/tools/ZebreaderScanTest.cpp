@@ -1,16 +1,14 @@
-// zebreader against scanners on devices of their own: the simulator of every family, the
-// simulator program a host developer starts, a network serial server, a person at a desk
-// feeding sheets by hand. What is read, what went over the wire, what the person is told.
+// zebreader against scanners on devices of their own: the simulator of every family, a network
+// serial server, a person at a desk feeding sheets by hand. What is read, what went over the wire, what the
+// person is told.
 #include "tools/ToolRun.h"
 
 #include "sim/Ser2net.h"
-#include "sim/SheetFile.h"
 #include "sim/Simulators.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/scantron/ScanMarkSimulator.h"
 
 #include <csignal>
-#include <regex>
 
 namespace zebreader81::test {
 namespace {
@@ -23,33 +21,6 @@ int count(const std::string& text, const std::string& what)
     for (auto at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
         ++n;
     return n;
-}
-
-TEST_F(ZebreaderTool, TraceShowsEveryByteAndRejectAndPrintSendTheirCommands)
-{
-    dir.write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
-    const auto r =
-        run("zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file two.txt --rejecter "
-            "--reject 2 --print HI --print-distance 7 --trace trace.txt");
-    ASSERT_EQ(r.status, 0) << r.err;
-    expectText(r.out, {"~^\\{\"sheet\":1,", "\"rejected\":false}\n{\"sheet\":2,",
-                       "\"rejected\":true}\n{\"summary\""});
-    const auto text = readFile(dir.file("trace.txt"));
-    const auto lines = ToolResult{0, text, {}}.outLines();
-    ASSERT_GT(lines.size(), 3u);
-    EXPECT_EQ(lines[0].rfind("# zebreader trace of COM1 (simulated, /dev/pts/", 0), 0u) << lines[0];
-    const std::regex line(R"(\d+\.\d{6} [<>]( [0-9A-F]{2}){1,16} *  .{1,16})");
-    for (std::size_t i = 1; i < lines.size(); ++i)
-        EXPECT_TRUE(std::regex_match(lines[i], line)) << lines[i];
-    // The full status query first; replies come back.
-    EXPECT_NE(lines[1].find("> 73 30 "), std::string::npos) << lines[1];
-    EXPECT_NE(lines[1].find("  s0"), std::string::npos);
-    EXPECT_NE(text.find(" < "), std::string::npos);
-    // ESC DC2 once: the rejected last sheet is not ejected as well. Position "1" "07" EOT and
-    // text "2" "HI" blank EOT on every sheet.
-    EXPECT_EQ(count(text, "> 1B 12 "), 1) << text;
-    EXPECT_EQ(count(text, "> 31 30 37 04 "), 2) << text;
-    EXPECT_EQ(count(text, "> 32 48 49 20 04 "), 2) << text;
 }
 
 TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)
@@ -68,7 +39,7 @@ TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)
     EXPECT_TRUE(sent);
     EXPECT_EQ(r.status, 0) << r.err;
     // Three reads were started; the third was stopped before a sheet came.
-    EXPECT_EQ(r.outLines().back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
+    EXPECT_EQ(lines(r.out).back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
     for (int sheet = 1; sheet <= 3; ++sheet)
         expectText(r.err, {"waiting for sheet " + std::to_string(sheet) + ": feed a sheet, Ctrl-C to stop"});
     expectText(r.err, {"!waiting for sheet 4"});
@@ -108,98 +79,6 @@ TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
 // OpScan, ScanMark, 8000 series, PDI, EZData, the ACP-100 that speaks EZData, and the
 // Chatsworth family (the OMR1100, and the ALS AccelScan whose cards wait for an eject).
 INSTANTIATE_TEST_SUITE_P(Simulated, ZebreaderFamily, ::testing::Values(2, 14, 16, 24, 23, 37, 20, 22));
-
-TEST_F(ZebreaderTool, TheSimulatorProgramServesTheLineItSuggestsUntilInterrupted)
-{
-    // The README's two terminals: the command line the simulator suggests reads its sheets.
-    dir.write("card.txt", "sheet\nside 1\n|X.....  .....X|\n|..X...|\n");
-    auto simulator = tool("zebreader-sim pdi --sheets card.txt");
-    std::string scan;
-    ToolResult read;
-    simulator.whileRunning = [&](const std::string& out, pid_t pid) {
-        if (!scan.empty() || out.find('\n') == std::string::npos)
-            return;
-        scan = "zebreader scan --model 24 --device " + out.substr(0, out.find('\n')) + " --side1 2:12";
-        read = run(scan + " --sheets 1 --timeout 2 --sleep 1");
-        kill(pid, SIGINT);
-    };
-    const auto r = simulator.run();
-    EXPECT_EQ(r.status, 0) << r.err;
-    expectText(r.err, {"Read them with:\n  " + scan + "\n", "zebreader-sim: stopped"});
-    ASSERT_EQ(read.status, 0) << read.err;
-    const auto lines = jsonLines(read.out);
-    ASSERT_EQ(lines.size(), 2u);
-    EXPECT_EQ(lines[0]["side1"]["values"][0], json::parse("[241,0,0,0,0,0,0,0,0,0,0,241,0,0]"));
-    EXPECT_EQ(lines[0]["side1"]["values"][1], json::parse("[0,0,241,0,0,0,0,0,0,0,0,0,0,0]"));
-}
-
-// Every port leads nowhere except `port`, which leads to `path`.
-std::string onlyPort(int port, const std::string& path)
-{
-    std::string env;
-    for (int p = 1; p <= 16; ++p)
-        env += "ZEBREADER_COM" + std::to_string(p) + "=" + (p == port ? path : "/nonexistent/tty") + " ";
-    return env;
-}
-
-TEST_F(ZebreaderTool, LocateFindsTheEZDataScannerAndFirmwareAsksIt)
-{
-    sim::EZDataSimulator scanner;
-    scanner.setFirmware("  EZData 2.14  ");
-    const auto env = onlyPort(5, scanner.path());
-    for (const auto& [line, out] :
-         {std::pair{env + "zebreader locate --model 23", "5\n"},
-          {env + "zebreader firmware --model 'Scantron EZData' --port 5", "EZData 2.14\n"},
-          {"zebreader firmware --model 23 --device " + scanner.path(), "EZData 2.14\n"}}) {
-        const auto r = run(line);
-        EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_EQ(r.out, out);
-    }
-    EXPECT_EQ(scanner.words(), (std::vector<std::string>{"probe", "V", "V"}));
-
-    const auto r = run(onlyPort(0, "") + "zebreader locate --model 23 --start-port 3");
-    EXPECT_EQ(r.status, 1);
-    EXPECT_EQ(r.out, "");
-    expectText(r.err, {"no Scantron EZData answered on ports 3, 1 to 16"});
-}
-
-TEST_F(ZebreaderTool, AScanmarkReadsTheFormSavedInTheSettingsAndARefusedSheetIsNeverPrinted)
-{
-    sim::ScanMarkSimulator scanner(14, sim::sampleSheets(14));
-    ASSERT_EQ(
-        run(R"(zebreader settings save --settings Software\Desk --model 14 --side1 53:40 --timeout 2 --sleep 1)")
-            .status,
-        0);
-    auto r = run(R"(zebreader scan --settings Software\Desk --device )" + scanner.path());
-    ASSERT_EQ(r.status, 0) << r.err;
-    auto lines = jsonLines(r.out);
-    ASSERT_EQ(lines.size(), 4u) << r.out;
-    EXPECT_EQ(lines[0]["side1"]["ubound"], json::parse("[53,40]"));
-    EXPECT_EQ(lines[3]["summary"]["read"], 3);
-
-    sim::ScanMarkSimulator refusing(14, sim::sampleSheets(14));
-    refusing.rejectCommand("READ");
-    r = run(R"(zebreader scan --settings Software\Desk --device )" + refusing.path());
-    EXPECT_EQ(r.status, 1);
-    lines = jsonLines(r.out);
-    ASSERT_EQ(lines.size(), 1u) << r.out;
-    EXPECT_EQ(lines[0]["summary"]["read"], 0);
-    expectText(r.err, {"the scanner refused to read sheet 1"});
-}
-
-TEST_F(ZebreaderTool, NoResponseReportsSayWhichPort)
-{
-    auto scanner = sim::makeSimulator(2, {});
-    scanner->setSilent(true);
-    const auto scan = "zebreader scan --model 2 --port 4 --timeout 1 --sleep 1 --device " + scanner->path();
-    auto r = run(scan + " --format csv");
-    EXPECT_EQ(r.status, 1);
-    expectText(r.err, {"~^[^\n]*\\(No Response\\)", "~^[^\n]*\\[COM4, " + scanner->path() + "\\]"});
-    r = run(scan);
-    const auto error = json::parse(r.errLines().at(0));
-    EXPECT_EQ(error["error"]["port"], 4);
-    EXPECT_EQ(error["error"]["device"], scanner->path());
-}
 
 TEST_F(ZebreaderTool, ScanReadsThroughANetworkSerialServerNamedByDevice)
 {

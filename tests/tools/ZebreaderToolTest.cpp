@@ -3,7 +3,12 @@
 // stdout and are refused before any device is opened (that would fail with 1).
 #include "tools/ToolRun.h"
 
+#include "sim/Simulators.h"
+#include "sim/ezdata/EZDataSimulator.h"
+#include "sim/scantron/ScanMarkSimulator.h"
+
 #include <filesystem>
+#include <map>
 #include <regex>
 #include <sstream>
 
@@ -86,9 +91,32 @@ TEST_F(ZebreaderTool, CommandLines)
               "\"ScannerType\"=\"24\"\r\n\"ScannerPort\"=\"0\"\r\n\"Duplex\"=\"True\"\r\n"
               "\"ScannerParity\"=\"E\"\r\n\r\n");
 
+    // Scanners on devices of their own: an EZData behind port 5 only, a ScanMark, one that
+    // refuses to read, one that never answers.
+    sim::EZDataSimulator ezdata;
+    ezdata.setFirmware("  EZData 2.14  ");
+    sim::ScanMarkSimulator scanMark(14, sim::sampleSheets(14)), refusing(14, sim::sampleSheets(14));
+    refusing.rejectCommand("READ");
+    const auto silent = sim::makeSimulator(2, {});
+    silent->setSilent(true);
+    std::string nowhere, only5;
+    for (int p = 1; p <= 16; ++p) {
+        const auto com = "ZEBREADER_COM" + std::to_string(p) + "=";
+        nowhere += com + "/nonexistent/tty ";
+        only5 += com + (p == 5 ? ezdata.path() : "/nonexistent/tty") + " ";
+    }
+    const std::map<std::string, std::string> vars{
+        {"$SIM", "zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file"},
+        {"$ONLY5 ", only5},
+        {"$NOWHERE ", nowhere},
+        {"$EZDATA", ezdata.path()},
+        {"$SCANMARK", scanMark.path()},
+        {"$REFUSING", refusing.path()},
+        {"$SILENT", silent->path()}};
+
     // Each command line comes after its exit status; "> " parts are what it prints on stdout,
     // "2> " parts on stderr (see expectText; \n is a newline). $SIM scans the built-in
-    // OpScan simulator with short waits.
+    // OpScan simulator with short waits; the other $ words are the scanners above.
     const std::string transcript =
         R"T(
 // The catalogue; both tools name a model the same way.
@@ -99,10 +127,6 @@ TEST_F(ZebreaderTool, CommandLines)
 0 zebreader --help  > Usage:
 0 zebreader models --json  > ~^\[\{"number":0,"name":"None",  > ~,\{"number":41,"name":"Chatsworth Data ACP-200",[^{]*\}\]
 > {"number":20,"name":"Chatsworth Data OMR1100","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":21,"name":"Chatsworth Data OMR2000","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":22,"name":"Chatsworth Data ALS AccelScan OMR","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":35,"name":"Chatsworth Data ACF-200","family":"Chatsworth","interface":"Serial","reads":true,
-> {"number":41,"name":"Chatsworth Data ACP-200","family":"Chatsworth","interface":"Serial","reads":true,
 > {"number":1,"name":"Apperson Advantage Link","family":"Apperson","interface":"Serial","reads":false,
 > {"number":2,"name":"Scantron OpScan 2","family":"OpScan","interface":"Serial","reads":true,"simulated":true,"marks":"0-15"}
 > {"number":23,"name":"Scantron EZData","family":"EZData",
@@ -116,7 +140,8 @@ TEST_F(ZebreaderTool, CommandLines)
 0 zebreader profile opscan --json  > {"number":2,
 0 zebreader-sim 2 ^C  > ~^/dev/pts/  2> zebreader scan --model 2 --device /dev/pts/  2> zebreader-sim: stopped
 0 zebreader-sim 'scantron opscan 2' ^C  2> zebreader scan --model 2 --device /dev/pts/
-0 zebreader-sim opscan ^C  2> zebreader scan --model 2 --device /dev/pts/
+// The simulator program serves the sheets of a file until interrupted.
+0 zebreader-sim opscan --sheets two.txt ^C  2> Read them with:\n  zebreader scan --model 2 --device /dev/pts/
 
 // Usage errors.
 2 zebreader profile 'Scantron OpScan 99'  2> unknown model "Scantron OpScan 99"
@@ -220,6 +245,9 @@ TEST_F(ZebreaderTool, CommandLines)
         R"T(
 0 $SIM svg.txt --format svg --output pics  > =pics/sheet-0001.svg\n
 0 $SIM two.txt --format svg  > =sheet-0001.svg\nsheet-0002.svg\n
+// A trace of every byte; reject and print send their commands.
+0 $SIM two.txt --rejecter --reject 2 --print HI --print-distance 7 --trace trace.txt  > ~^\{"sheet":1,
+> "rejected":false}\n{"sheet":2,  > "rejected":true}\n{"summary"
 // A side 2 on a single-sided set-up names the options on a line of its own.
 1 $SIM side2.txt --no-duplex 2>tty  > ~^\{"sheet":1,  > !{"sheet":2
 > }\n{"summary":{"result":true,"sheets":2,"read":1,"cancelScan":true}}\n
@@ -239,7 +267,27 @@ TEST_F(ZebreaderTool, CommandLines)
 0 zebreader firmware --model 22 --simulate  > =OMR-1100 - Version 1.04\n
 0 zebreader locate --model 37 --simulate --start-port 9  > =9\n
 0 zebreader firmware --model 23 --simulate  > ~.
+0 $ONLY5 zebreader locate --model 23  > =5\n
+0 $ONLY5 zebreader firmware --model 'Scantron EZData' --port 5  > =EZData 2.14\n
+0 zebreader firmware --model 23 --device $EZDATA  > =EZData 2.14\n
+1 $NOWHERE zebreader locate --model 23 --start-port 3  > =  2> no Scantron EZData answered on ports 3, 1 to 16
+// A ScanMark reads the form saved in the settings; a refused sheet is never printed.
+0 zebreader settings save --settings Software\Desk --model 14 --side1 53:40 --timeout 2 --sleep 1
+0 zebreader scan --settings Software\Desk --device $SCANMARK  > ~^\{"sheet":1,"side1":\{"lbound":\[1,1\],"ubound":\[53,40\],
+> ~\n\{"sheet":3,[^\n]*\n\{"summary":\{"result":true,"sheets":[0-9]+,"read":3,"cancelScan":true\}\}\n$
+1 zebreader scan --settings Software\Desk --device $REFUSING  > ~^\{"summary":\{[^\n]*"read":0,[^\n]*\}\n$
+2> the scanner refused to read sheet 1
+// No response: the report names the port and its device.
+1 zebreader scan --model 2 --port 4 --timeout 1 --sleep 1 --device $SILENT --format csv
+2> ~^[^\n]*\(No Response\)  2> ~^[^\n]*\[COM4, $SILENT\]
+1 zebreader scan --model 2 --port 4 --timeout 1 --sleep 1 --device $SILENT  2> ~^\{"error":\{[^\n]*"port":4,"device":"$SILENT"
 )T";
+    const auto substituted = [&](std::string text) {
+        for (const auto& [name, value] : vars)
+            for (auto at = text.find(name); at != std::string::npos; at = text.find(name, at + value.size()))
+                text.replace(at, name.size(), value);
+        return text;
+    };
     std::string line;
     std::vector<std::string> out, err;
     int status = 0;
@@ -256,8 +304,8 @@ TEST_F(ZebreaderTool, CommandLines)
         for (auto at = text.find("> "); at != std::string::npos;) {
             const auto next = std::min(text.find("  > ", at), text.find("  2> ", at));
             (at > 0 && text[at - 1] == '2' ? err : out)
-                .push_back(
-                    std::regex_replace(text.substr(at + 2, next - at - 2), std::regex(R"(\\n)"), "\n"));
+                .push_back(std::regex_replace(substituted(text.substr(at + 2, next - at - 2)),
+                                              std::regex(R"(\\n)"), "\n"));
             at = next == std::string::npos ? next : text.find("> ", next);
         }
     };
@@ -273,8 +321,7 @@ TEST_F(ZebreaderTool, CommandLines)
             check();
         const auto end = std::min(l.find("  > "), l.find("  2> "));
         status = l[0] - '0';
-        line = std::regex_replace(l.substr(2, end - 2), std::regex(R"(\$SIM)"),
-                                  "zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file");
+        line = substituted(l.substr(2, end - 2));
         out.clear();
         err.clear();
         if (end != std::string::npos)
@@ -282,11 +329,31 @@ TEST_F(ZebreaderTool, CommandLines)
     }
     check();
 
+    EXPECT_EQ(ezdata.words(), (std::vector<std::string>{"probe", "V", "V"}));
     EXPECT_EQ(readFile(dir.file("damaged/HKEY_CURRENT_USER.reg")), damaged);
     EXPECT_EQ(readFile(dir.file("out.reg")),
               "Windows Registry Editor Version 5.00\n\n"
               "[HKEY_CURRENT_USER\\Software\\Imported]\n\"ScannerType\"=\"24\"\n"
               "\"ScannerPort\"=\"0\"\n\"Duplex\"=\"True\"\n\"ScannerParity\"=\"E\"\n\n");
+    // The trace: a heading, then each chunk in hex and as text, the full status query first. ESC
+    // DC2 once: the rejected last sheet is not ejected as well. Position "1" "07" EOT and text "2"
+    // "HI" blank EOT on every sheet.
+    const auto text = readFile(dir.file("trace.txt"));
+    const auto trace = lines(text);
+    ASSERT_GT(trace.size(), 3u);
+    EXPECT_EQ(trace[0].rfind("# zebreader trace of COM1 (simulated, /dev/pts/", 0), 0u) << trace[0];
+    expectText(trace[1], {"> 73 30 ", "  s0"});
+    expectText(text, {" < "});
+    std::map<std::string, int> chunks{{"> 1B 12 ", 0}, {"> 31 30 37 04 ", 0}, {"> 32 48 49 20 04 ", 0}};
+    for (std::size_t i = 1; i < trace.size(); ++i) {
+        EXPECT_TRUE(
+            std::regex_match(trace[i], std::regex(R"(\d+\.\d{6} [<>]( [0-9A-F]{2}){1,16} *  .{1,16})")))
+            << trace[i];
+        for (auto& [start, n] : chunks)
+            n += trace[i].find(start) != std::string::npos;
+    }
+    EXPECT_EQ(chunks,
+              (std::map<std::string, int>{{"> 1B 12 ", 1}, {"> 31 30 37 04 ", 2}, {"> 32 48 49 20 04 ", 2}}));
     const auto svg = readFile(dir.file("pics/sheet-0001.svg"));
     expectText(
         svg, {"<svg xmlns=\"http://www.w3.org/2000/svg\"", "Side 2", "Barcodes: 4711, &lt;&amp;&gt;</text>"});
