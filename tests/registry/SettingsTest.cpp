@@ -7,6 +7,7 @@
 
 #include <clocale>
 #include <sstream>
+#include <tuple>
 
 namespace zebreader81::test {
 namespace {
@@ -14,13 +15,6 @@ namespace {
 constexpr auto HKCU = zebReaderRegistryKeyCurrentUser;
 const std::string site = "Software\\Site\\Scanner";
 using Settings = StoreFixture;
-
-void putValue(const std::string& name, const registry::Value& v, const std::string& key = site)
-{
-    std::unique_ptr<registry::SettingsKey> k;
-    ASSERT_EQ(registry::settingsStore().create(registry::Root::CurrentUser, key, k), registry::Status::Ok);
-    ASSERT_EQ(k->set(name, v), registry::Status::Ok);
-}
 
 // The values SaveSettings writes, in its order, with texts none of which is a default.
 const std::pair<const char*, const char*> everyValue[] = {
@@ -196,43 +190,34 @@ TEST_F(Settings, PrinterFollowsTheLoadedScannerTypesRule)
     EXPECT_TRUE(r.Printer()->Enabled());
 }
 
-TEST_F(Settings, DwordIsReadAsItsDecimalText)
+TEST_F(Settings, ValuesOfOtherTypesReadAsTextsAndOversizedOnesAsTheDefault)
 {
-    putValue("TimeOut", registry::Value::dword(0x0000000a));
-    putValue("Big", registry::Value::dword(0x12345678));
-    putValue("Word", registry::Value::dword(0x0000ffff));
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "TimeOut", "?"), "10");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Big", "?"), "305419896");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Word", "?"), "-1"); // four digits read as an Integer
-    clsZEBReader r;
-    ASSERT_TRUE(r.LoadSettings(HKCU, site));
-    EXPECT_EQ(r.TimeOut(), 10);
-}
-
-TEST_F(Settings, DwordBytesAreCutAtTheFirstZeroAndNotPadded)
-{
+    using registry::Value;
+    const std::tuple<const char*, Value, std::string> cases[] = {
+        {"TimeOut", Value::dword(0x0000000a), "10"},
+        {"Big", Value::dword(0x12345678), "305419896"},
+        {"Word", Value::dword(0x0000ffff), "-1"}, // four digits read as an Integer
+        {"Hundred", Value::dword(0x100), "0"},    // the bytes cut at the first zero
+        {"Binary", Value{registry::REG_BINARY, {'4', '2'}}, ""},
+        {"None", Value{registry::REG_NONE, {}}, ""},
+        {"Expand", Value::text("%HOME%", registry::REG_EXPAND_SZ), "%HOME%"},
+        {"Embedded", Value::text(std::string("ab\0cd", 5)), "ab"},
+        {"Long", Value::text(std::string(1025, 'x')), "d"},
+        {"Fits", Value::text(std::string(1024, 'x')), std::string(1024, 'x')},
+    };
+    std::unique_ptr<registry::SettingsKey> k;
+    ASSERT_EQ(registry::settingsStore().create(registry::Root::CurrentUser, site, k), registry::Status::Ok);
+    for (const auto& [name, value, read] : cases)
+        ASSERT_EQ(k->set(name, value), registry::Status::Ok);
+    for (const auto& [name, value, read] : cases)
+        EXPECT_EQ(registry::LoadValue(HKCU, site, name, "d"), read) << name;
+    EXPECT_EQ(registry::LoadValue(HKCU, site, "binary", "d"), ""); // value names ignore case
     EXPECT_EQ(registry::dwordText(""), "0");
     EXPECT_EQ(registry::dwordText("\x0a"), "10");
     EXPECT_EQ(registry::dwordText("\x02\x01"), "18"); // "1" then "2": no padding
-    putValue("Hundred", registry::Value::dword(0x100));
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Hundred", "?"), "0");
-}
-
-TEST_F(Settings, OtherTypesGiveAnEmptyTextAndOversizedValuesTheDefault)
-{
-    putValue("Binary", registry::Value{registry::REG_BINARY, {'4', '2'}});
-    putValue("None", registry::Value{registry::REG_NONE, {}});
-    putValue("Expand", registry::Value::text("%HOME%", registry::REG_EXPAND_SZ));
-    putValue("Embedded", registry::Value::text(std::string("ab\0cd", 5)));
-    putValue("Long", registry::Value::text(std::string(1025, 'x')));
-    putValue("Fits", registry::Value::text(std::string(1024, 'x')));
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Binary", "d"), "");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "None", "d"), "");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Expand", "d"), "%HOME%");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Embedded", "d"), "ab");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Long", "d"), "d");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Fits", "d").size(), 1024u);
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "binary", "d"), ""); // value names ignore case
+    clsZEBReader r;
+    ASSERT_TRUE(r.LoadSettings(HKCU, site));
+    EXPECT_EQ(r.TimeOut(), 10);
 }
 
 TEST_F(Settings, UnknownRootReadsDefaultsAndWritesNothing)
