@@ -164,15 +164,14 @@ TEST_F(Settings, NumbersIgnoreTheHostsLocale)
 
 TEST_F(Settings, PrinterFollowsTheLoadedScannerTypesRule)
 {
-    ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerType", "1"));
     ASSERT_TRUE(registry::SaveValue(HKCU, site, "Printer", "True"));
     clsZEBReader r;
     r.ReaderType(zebReaderTypeNCSOpScan2); // a model with an imprinter before loading
-    ASSERT_TRUE(r.LoadSettings(HKCU, site));
-    EXPECT_FALSE(r.Printer()->Enabled());
-    ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerType", "2"));
-    ASSERT_TRUE(r.LoadSettings(HKCU, site));
-    EXPECT_TRUE(r.Printer()->Enabled());
+    for (const auto& [type, printer] : {std::pair{"1", false}, {"2", true}}) {
+        ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerType", type));
+        ASSERT_TRUE(r.LoadSettings(HKCU, site));
+        EXPECT_EQ(r.Printer()->Enabled(), printer) << type;
+    }
 }
 
 TEST_F(Settings, ValuesOfOtherTypesReadAsTextsAndOversizedOnesAsTheDefault)
