@@ -48,7 +48,6 @@ TEST_P(PeerFaults, StallSilenceInjectionGarbleAndTheRecords)
     peer.clearFaults();
     peer.reply("IJ");
     EXPECT_EQ(arrived(), "IJ");
-    EXPECT_EQ(peer.sent(), "ABCIJ");
 
     peer.replyAfter(100ms, "queued"); // silence drops replies but not injections
     peer.setSilent(true);

@@ -59,16 +59,21 @@ struct Probe : ::testing::Test {
     }
 };
 
-TEST_F(Probe, OnlyExactlyGCarriageReturnIsAScanner)
+// The probe finds only exactly G CR; the firmware is the trimmed text before the first G CR.
+TEST_F(Probe, ProbeAndFirmwareAnswers)
 {
     struct Case {
-        std::string answer;
-        bool found;
+        std::string probe, firmware;
+        bool found, ok;
+        std::string text;
     };
-    for (const Case& c : {Case{GCR, true}, Case{GCR + "X", false}, Case{"X" + GCR, false}, Case{"G", false},
-                          Case{"Gx", false}, Case{"\rG", false}, Case{"", false}}) {
-        SCOPED_TRACE(testing::PrintToString(c.answer));
-        ProbePeer peer(c.answer);
+    for (const Case& c :
+         {Case{GCR, "  EZ 2.07 b  " + GCR + "more" + GCR, true, true, "EZ 2.07 b"},
+          Case{GCR + "X", GCR, false, true, ""}, Case{"X" + GCR, "V3.1\r\n", false, false, "kept"},
+          Case{"G", "", false, false, "kept"}, Case{"Gx", "", false, false, "kept"},
+          Case{"\rG", "", false, false, "kept"}, Case{"", "", false, false, "kept"}}) {
+        SCOPED_TRACE(testing::PrintToString(c.probe));
+        ProbePeer peer(c.probe, c.firmware);
         ports.map(6, peer.path());
         int16_t port = 6;
         EXPECT_EQ(LocateNCSEZ(reader, port), c.found);
@@ -77,6 +82,13 @@ TEST_F(Probe, OnlyExactlyGCarriageReturnIsAScanner)
         EXPECT_FALSE(com.PortOpen()) << "the probe closes the port again";
         EXPECT_EQ(com.CommPort(), 6);
         EXPECT_EQ(com.Settings(), "9600,E,7,1");
+        peer.clearReceived();
+        reader.Port(6);
+        std::string text = "kept";
+        EXPECT_EQ(reader.Firmware(text), c.ok);
+        EXPECT_EQ(text, c.text);
+        EXPECT_EQ(peer.received(), firmwareFrame);
+        EXPECT_FALSE(com.PortOpen());
     }
 }
 
@@ -145,27 +157,6 @@ TEST_F(Probe, LocateAndFirmwareOnlyForTheProbeModelsWithTheProfileFlag)
         EXPECT_EQ(reader.Firmware(text), c.works);
         EXPECT_EQ(text, c.works ? "V1" : "unchanged");
         EXPECT_TRUE(c.works || peer.receivedCount() == before) << "nothing asked";
-    }
-}
-
-TEST_F(Probe, FirmwareIsTheTrimmedTextBeforeTheFirstGCarriageReturn)
-{
-    struct Case {
-        std::string answer;
-        bool ok;
-        std::string text;
-    };
-    for (const Case& c : {Case{"  EZ 2.07 b  " + GCR + "more" + GCR, true, "EZ 2.07 b"}, Case{GCR, true, ""},
-                          Case{"V3.1\r\n", false, "kept"}, Case{"", false, "kept"}}) {
-        SCOPED_TRACE(testing::PrintToString(c.answer));
-        ProbePeer peer(GCR, c.answer);
-        ports.map(3, peer.path());
-        reader.Port(3);
-        std::string text = "kept";
-        EXPECT_EQ(reader.Firmware(text), c.ok);
-        EXPECT_EQ(text, c.text);
-        EXPECT_EQ(peer.received(), firmwareFrame);
-        EXPECT_FALSE(com.PortOpen());
     }
 }
 
