@@ -51,8 +51,6 @@ public:
         for (int port = 1; port <= 16; ++port)
             unsetenv(("ZEBREADER_COM" + std::to_string(port)).c_str());
     }
-    PortMap(const PortMap&) = delete;
-    PortMap& operator=(const PortMap&) = delete;
     void map(int port, const std::string& path) { sim::mapPort(port, path); }
 };
 

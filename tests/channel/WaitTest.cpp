@@ -146,25 +146,7 @@ TEST_F(Wait, CancelScanEndsAWaitWithoutTimerEvenWhenAnEarlierWaitTookTheWake)
     EXPECT_EQ(com.InBufferCount(), 0);
 }
 
-TEST(Timer, ReadsFalseOnceRunOutAndRestartsOnlyFromStopped)
-{
-    clock::VirtualClock time;
-    OneShotTimer t;
-    EXPECT_EQ(std::pair(t.Interval(), t.Enabled()), std::pair(10000, false));
-    t.Interval(60);
-    t.Enabled(true);
-    frmComm::Sleep(40);
-    t.Enabled(true); // still running: not restarted
-    EXPECT_TRUE(t.Enabled());
-    frmComm::Sleep(20);
-    EXPECT_FALSE(t.Enabled());
-    t.Enabled(true); // ran out: starts again
-    EXPECT_TRUE(t.Enabled());
-    t.Enabled(false);
-    EXPECT_FALSE(t.Enabled() || t.deadline().has_value());
-}
-
-TEST(Clock, IsTheSteadyClockUnlessThisThreadInstalledAVirtualOne)
+TEST(Clock, IsTheSteadyClockUnlessThisThreadInstalledAVirtualOneAndDrivesTheTimer)
 {
     EXPECT_EQ(clock::virtualClock(), nullptr);
     const auto before = std::chrono::steady_clock::now();
@@ -185,6 +167,20 @@ TEST(Clock, IsTheSteadyClockUnlessThisThreadInstalledAVirtualOne)
         EXPECT_EQ(outer.elapsed(), 0s);
         std::thread other([] { EXPECT_EQ(clock::virtualClock(), nullptr) << "one clock per thread"; });
         other.join();
+
+        OneShotTimer t; // reads false once run out; restarts only from stopped
+        EXPECT_EQ(std::pair(t.Interval(), t.Enabled()), std::pair(10000, false));
+        t.Interval(60);
+        t.Enabled(true);
+        frmComm::Sleep(40);
+        t.Enabled(true); // still running: not restarted
+        EXPECT_TRUE(t.Enabled());
+        frmComm::Sleep(20);
+        EXPECT_FALSE(t.Enabled());
+        t.Enabled(true); // ran out: starts again
+        EXPECT_TRUE(t.Enabled());
+        t.Enabled(false);
+        EXPECT_FALSE(t.Enabled() || t.deadline().has_value());
     }
     EXPECT_EQ(clock::virtualClock(), nullptr);
 }

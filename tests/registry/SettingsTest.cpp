@@ -7,6 +7,7 @@
 
 #include <clocale>
 #include <sstream>
+#include <tuple>
 
 namespace zebreader81::test {
 namespace {
@@ -14,13 +15,6 @@ namespace {
 constexpr auto HKCU = zebReaderRegistryKeyCurrentUser;
 const std::string site = "Software\\Site\\Scanner";
 using Settings = StoreFixture;
-
-void putValue(const std::string& name, const registry::Value& v, const std::string& key = site)
-{
-    std::unique_ptr<registry::SettingsKey> k;
-    ASSERT_EQ(registry::settingsStore().create(registry::Root::CurrentUser, key, k), registry::Status::Ok);
-    ASSERT_EQ(k->set(name, v), registry::Status::Ok);
-}
 
 // The values SaveSettings writes, in its order, with texts none of which is a default.
 const std::pair<const char*, const char*> everyValue[] = {
@@ -44,28 +38,16 @@ std::string storedAt(const std::string& key)
     return out;
 }
 
-// A reader's settings, as SaveSettings should store them.
+// A reader's settings as SaveSettings stores them, and one of them by its value name.
 std::string settingsOf(clsZEBReader& r)
 {
-    const auto b = [](bool v) { return v ? "True" : "False"; };
-    std::ostringstream s;
-    s << r.ReaderType() << '|' << b(r.ReaderGrade()) << '|' << b(r.Barcode()) << '|' << b(r.Duplex()) << '|'
-      << b(r.Feeder()) << '|' << r.FlowControl() << '|' << r.MarkCutOff() << '|' << r.MarkDiscrimination()
-      << '|' << b(r.Printer()->Enabled()) << '|' << r.RecognitionThreshold() << '|' << b(r.Rejecter()) << '|'
-      << r.BaudRate() << '|' << r.DataBits() << '|' << r.Parity() << '|' << r.Port() << '|' << r.StopBits()
-      << '|' << r.SleepTime() << '|' << r.TimeOut() << '|' << b(r.Windowing());
-    return s.str();
+    EXPECT_TRUE(r.SaveSettings(HKCU, "Software\\Saved"));
+    return storedAt("Software\\Saved");
 }
-
-// One of them by its value name.
-std::string settingOf(clsZEBReader& r, const std::string& name)
+std::string settingOf(clsZEBReader& r, const char* name)
 {
-    std::istringstream fields(settingsOf(r));
-    std::string field;
-    for (const auto& entry : everyValue)
-        if (std::getline(fields, field, '|') && entry.first == name)
-            return field;
-    return "?";
+    settingsOf(r);
+    return registry::LoadValue(HKCU, "Software\\Saved", name, "?");
 }
 
 TEST_F(Settings, EveryValueRoundTripsAndAMissingKeyGivesEveryDefault)
@@ -77,8 +59,12 @@ TEST_F(Settings, EveryValueRoundTripsAndAMissingKeyGivesEveryDefault)
     ASSERT_TRUE(r.LoadSettings(HKCU, "SOFTWARE\\site\\SCANNER")); // key paths ignore case
     const std::string every = "3|True|True|True|True|2|-12|3|True|7|True|38400|8|O|16|1.5|2|600|True";
     EXPECT_EQ(settingsOf(r), every);
-    ASSERT_TRUE(r.SaveSettings(HKCU, "Software\\Site\\Copy"));
-    EXPECT_EQ(storedAt("Software\\Site\\Copy"), every);
+#ifndef _WIN32
+    // The file is the registry editor's format, readable as text.
+    const std::string text = readFile(fileOf(registry::Root::CurrentUser));
+    EXPECT_EQ(text.rfind("Windows Registry Editor Version 5.00\n", 0), 0u);
+    EXPECT_NE(text.find("[HKEY_CURRENT_USER\\Software\\Saved]\n\"ScannerType\"=\"3\"\n"), std::string::npos);
+#endif
 
     ASSERT_TRUE(r.LoadSettings(HKCU, "Software\\Nowhere")); // type 0 ignores the imprinter's "False"
     EXPECT_EQ(settingsOf(r), "0|False|False|False|False|0|0|0|True|0|False|9600|7|N|1|1|50|10|False");
@@ -87,13 +73,6 @@ TEST_F(Settings, EveryValueRoundTripsAndAMissingKeyGivesEveryDefault)
     EXPECT_NE(registry::settingsStore().open(registry::Root::CurrentUser, "Software\\Nowhere",
                                              registry::Access::Read, k),
               registry::Status::Ok);
-#ifndef _WIN32
-    // The file is the registry editor's format, readable as text.
-    const std::string text = readFile(fileOf(registry::Root::CurrentUser));
-    EXPECT_EQ(text.rfind("Windows Registry Editor Version 5.00\n", 0), 0u);
-    EXPECT_NE(text.find("[HKEY_CURRENT_USER\\Software\\Site\\Copy]\n\"ScannerType\"=\"3\"\n"),
-              std::string::npos);
-#endif
 }
 
 TEST_F(Settings, StoredTextsAreReadLeniently)
@@ -185,54 +164,44 @@ TEST_F(Settings, NumbersIgnoreTheHostsLocale)
 
 TEST_F(Settings, PrinterFollowsTheLoadedScannerTypesRule)
 {
-    ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerType", "1"));
     ASSERT_TRUE(registry::SaveValue(HKCU, site, "Printer", "True"));
     clsZEBReader r;
     r.ReaderType(zebReaderTypeNCSOpScan2); // a model with an imprinter before loading
-    ASSERT_TRUE(r.LoadSettings(HKCU, site));
-    EXPECT_FALSE(r.Printer()->Enabled());
-    ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerType", "2"));
-    ASSERT_TRUE(r.LoadSettings(HKCU, site));
-    EXPECT_TRUE(r.Printer()->Enabled());
+    for (const auto& [type, printer] : {std::pair{"1", false}, {"2", true}}) {
+        ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerType", type));
+        ASSERT_TRUE(r.LoadSettings(HKCU, site));
+        EXPECT_EQ(r.Printer()->Enabled(), printer) << type;
+    }
 }
 
-TEST_F(Settings, DwordIsReadAsItsDecimalText)
+TEST_F(Settings, ValuesOfOtherTypesReadAsTextsAndOversizedOnesAsTheDefault)
 {
-    putValue("TimeOut", registry::Value::dword(0x0000000a));
-    putValue("Big", registry::Value::dword(0x12345678));
-    putValue("Word", registry::Value::dword(0x0000ffff));
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "TimeOut", "?"), "10");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Big", "?"), "305419896");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Word", "?"), "-1"); // four digits read as an Integer
-    clsZEBReader r;
-    ASSERT_TRUE(r.LoadSettings(HKCU, site));
-    EXPECT_EQ(r.TimeOut(), 10);
-}
-
-TEST_F(Settings, DwordBytesAreCutAtTheFirstZeroAndNotPadded)
-{
+    using registry::Value;
+    const std::tuple<const char*, Value, std::string> cases[] = {
+        {"TimeOut", Value::dword(0x0000000a), "10"},
+        {"Big", Value::dword(0x12345678), "305419896"},
+        {"Word", Value::dword(0x0000ffff), "-1"}, // four digits read as an Integer
+        {"Hundred", Value::dword(0x100), "0"},    // the bytes cut at the first zero
+        {"Binary", Value{registry::REG_BINARY, {'4', '2'}}, ""},
+        {"None", Value{registry::REG_NONE, {}}, ""},
+        {"Expand", Value::text("%HOME%", registry::REG_EXPAND_SZ), "%HOME%"},
+        {"Embedded", Value::text(std::string("ab\0cd", 5)), "ab"},
+        {"Long", Value::text(std::string(1025, 'x')), "d"},
+        {"Fits", Value::text(std::string(1024, 'x')), std::string(1024, 'x')},
+    };
+    std::unique_ptr<registry::SettingsKey> k;
+    ASSERT_EQ(registry::settingsStore().create(registry::Root::CurrentUser, site, k), registry::Status::Ok);
+    for (const auto& [name, value, read] : cases)
+        ASSERT_EQ(k->set(name, value), registry::Status::Ok);
+    for (const auto& [name, value, read] : cases)
+        EXPECT_EQ(registry::LoadValue(HKCU, site, name, "d"), read) << name;
+    EXPECT_EQ(registry::LoadValue(HKCU, site, "binary", "d"), ""); // value names ignore case
     EXPECT_EQ(registry::dwordText(""), "0");
     EXPECT_EQ(registry::dwordText("\x0a"), "10");
     EXPECT_EQ(registry::dwordText("\x02\x01"), "18"); // "1" then "2": no padding
-    putValue("Hundred", registry::Value::dword(0x100));
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Hundred", "?"), "0");
-}
-
-TEST_F(Settings, OtherTypesGiveAnEmptyTextAndOversizedValuesTheDefault)
-{
-    putValue("Binary", registry::Value{registry::REG_BINARY, {'4', '2'}});
-    putValue("None", registry::Value{registry::REG_NONE, {}});
-    putValue("Expand", registry::Value::text("%HOME%", registry::REG_EXPAND_SZ));
-    putValue("Embedded", registry::Value::text(std::string("ab\0cd", 5)));
-    putValue("Long", registry::Value::text(std::string(1025, 'x')));
-    putValue("Fits", registry::Value::text(std::string(1024, 'x')));
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Binary", "d"), "");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "None", "d"), "");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Expand", "d"), "%HOME%");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Embedded", "d"), "ab");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Long", "d"), "d");
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "Fits", "d").size(), 1024u);
-    EXPECT_EQ(registry::LoadValue(HKCU, site, "binary", "d"), ""); // value names ignore case
+    clsZEBReader r;
+    ASSERT_TRUE(r.LoadSettings(HKCU, site));
+    EXPECT_EQ(r.TimeOut(), 10);
 }
 
 TEST_F(Settings, UnknownRootReadsDefaultsAndWritesNothing)

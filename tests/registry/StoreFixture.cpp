@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 
 namespace zebreader81::test {
 
@@ -36,15 +36,12 @@ std::string StoreFixture::fileOf(registry::Root root) const { return registry::s
 std::string StoreFixture::readFile(const std::string& path) const
 {
     std::ifstream in(path, std::ios::binary);
-    std::ostringstream s;
-    s << in.rdbuf();
-    return s.str();
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 void StoreFixture::writeFile(const std::string& path, const std::string& bytes) const
 {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << bytes;
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 } // namespace zebreader81::test
