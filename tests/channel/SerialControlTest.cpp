@@ -5,9 +5,11 @@
 #include "channel/frmComm.h"
 #include "core/basError.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <termios.h>
+#include <thread>
 #include <tuple>
 #include <unistd.h>
 
@@ -171,6 +173,29 @@ TEST_F(OnAPty, AHangUpEndsAWaitOnTheLine)
     open();
     peer.hangUpAfter(50ms);
     EXPECT_THROW(waitFor(1), RuntimeError);
+}
+
+// A line whose other end stops reading and then goes: the write that waits for room, the next
+// count and the next write fail with 8020 instead of blocking.
+TEST(PtyWithoutReader, AWriteWaitingForRoomAndWhatFollowsRaiseWhenTheLineGoes)
+{
+    int master = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_GE(master, 0);
+    ASSERT_EQ(grantpt(master), 0);
+    ASSERT_EQ(unlockpt(master), 0);
+    PortMap ports;
+    ports.map(3, ptsname(master));
+    SerialControl com;
+    com.CommPort(3);
+    com.PortOpen(true);
+    std::thread closer([&] {
+        std::this_thread::sleep_for(200ms);
+        ::close(std::exchange(master, -1));
+    });
+    EXPECT_EQ(errorOf([&] { com.Output(std::string(1 << 20, 'x')); }), err::PortIo);
+    closer.join();
+    EXPECT_EQ(errorOf([&] { com.InBufferCount(); }), err::PortIo);
+    EXPECT_EQ(errorOf([&] { com.Output("x"); }), err::PortIo);
 }
 
 TEST_F(OnAPty, SecondOpenOfTheSameDeviceIsRefusedUntilTheFirstCloses)
