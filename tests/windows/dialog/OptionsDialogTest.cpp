@@ -25,18 +25,19 @@ struct Step {
 std::vector<Step> steps;
 size_t next = 0, waited = 0;
 
+// Sorts the thread's visible windows into the dialog (the one with the model list) and a
+// message box it owns. A function, not a lambda: the callback is stdcall on x86.
+BOOL CALLBACK sortWindow(HWND window, LPARAM into)
+{
+    if (IsWindowVisible(window) && (GetDlgItem(window, IDC_cboReaderType) || GetWindow(window, GW_OWNER)))
+        reinterpret_cast<HWND*>(into)[GetDlgItem(window, IDC_cboReaderType) ? 0 : 1] = window;
+    return TRUE;
+}
+
 void CALLBACK tick(HWND, UINT, UINT_PTR, DWORD)
 {
-    HWND shown[2] = {}; // the dialog (the window with the model list), a message box it owns
-    EnumThreadWindows(
-        GetCurrentThreadId(),
-        [](HWND window, LPARAM into) {
-            if (IsWindowVisible(window) &&
-                (GetDlgItem(window, IDC_cboReaderType) || GetWindow(window, GW_OWNER)))
-                reinterpret_cast<HWND*>(into)[GetDlgItem(window, IDC_cboReaderType) ? 0 : 1] = window;
-            return TRUE;
-        },
-        reinterpret_cast<LPARAM>(shown));
+    HWND shown[2] = {};
+    EnumThreadWindows(GetCurrentThreadId(), sortWindow, reinterpret_cast<LPARAM>(shown));
     const auto [dialog, box] = shown;
     if (!dialog)
         return;
