@@ -189,7 +189,11 @@ TEST(PtyWithoutReader, AWriteWaitingForRoomAndWhatFollowsRaiseWhenTheLineGoes)
     com.CommPort(3);
     com.PortOpen(true);
     std::thread closer([&] {
-        std::this_thread::sleep_for(200ms);
+        // Some room once, so that the write goes on after a wait; then none until the line goes.
+        std::this_thread::sleep_for(100ms);
+        char taken[8192];
+        EXPECT_GT(::read(master, taken, sizeof taken), 0);
+        std::this_thread::sleep_for(100ms);
         ::close(std::exchange(master, -1));
     });
     EXPECT_EQ(errorOf([&] { com.Output(std::string(1 << 20, 'x')); }), err::PortIo);
