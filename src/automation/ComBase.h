@@ -18,10 +18,27 @@ void moduleAddRef();
 void moduleRelease();
 LONG moduleCount();
 
+/// A COM object's reference count, starting at one; the last release deletes the object.
+class RefCount {
+public:
+    ULONG add() { return static_cast<ULONG>(InterlockedIncrement(&count_)); }
+    template <class Object> ULONG release(Object* object)
+    {
+        const LONG left = InterlockedDecrement(&count_);
+        if (left == 0)
+            delete object;
+        return static_cast<ULONG>(left);
+    }
+
+private:
+    LONG count_ = 1;
+};
+
 /// IUnknown of an object with the one interface `Itf` (a class factory, an enumerator, an event
 /// sink): holds the module while it lives and deletes itself on the last Release.
 template <class Itf> class Unknown : public Itf {
 public:
+    virtual ~Unknown() { moduleRelease(); }
     Unknown(const Unknown&) = delete;
     Unknown& operator=(const Unknown&) = delete;
 
@@ -36,23 +53,16 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const LONG left = InterlockedDecrement(&refs_);
-        if (left == 0)
-            delete this;
-        return static_cast<ULONG>(left);
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return refs_.add(); }
+    ULONG STDMETHODCALLTYPE Release() override { return refs_.release(this); }
 
 protected:
     Unknown() { moduleAddRef(); }
-    virtual ~Unknown() { moduleRelease(); }
     /// Further interface ids answered with `Itf` (an event dispinterface a sink stands for).
     virtual bool answers(REFIID) const { return false; }
 
 private:
-    LONG refs_ = 1;
+    RefCount refs_;
 };
 
 /// A dual interface `Itf` implemented by `Derived`: IUnknown, IDispatch through the type
@@ -80,14 +90,8 @@ public:
         AddRef();
         return S_OK;
     }
-    ULONG STDMETHODCALLTYPE AddRef() override { return static_cast<ULONG>(InterlockedIncrement(&refs_)); }
-    ULONG STDMETHODCALLTYPE Release() override
-    {
-        const LONG left = InterlockedDecrement(&refs_);
-        if (left == 0)
-            delete this;
-        return static_cast<ULONG>(left);
-    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return refs_.add(); }
+    ULONG STDMETHODCALLTYPE Release() override { return refs_.release(this); }
 
     HRESULT STDMETHODCALLTYPE GetTypeInfoCount(UINT* count) override
     {
@@ -144,7 +148,7 @@ protected:
     }
 
 private:
-    LONG refs_ = 1;
+    RefCount refs_;
 };
 
 /// Creates a Derived object and hands out `Itf` with one reference.
