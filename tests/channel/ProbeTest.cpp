@@ -121,19 +121,6 @@ TEST_F(Probe, LocateTriesTheStartPortThenOneToSixteenSkippingMissingAndBusyPorts
     EXPECT_EQ(nine.probes(), 1);
 }
 
-TEST_F(Probe, LocateWithoutAnswerLeavesPortAlone)
-{
-    ProbePeer silent(""), noisy(GCR + GCR);
-    ports.map(2, silent.path());
-    ports.map(16, noisy.path());
-    reader.Port(7);
-    EXPECT_FALSE(reader.Locate());
-    EXPECT_EQ(reader.Port(), 7);
-    EXPECT_EQ(std::pair(silent.probes(), noisy.probes()), std::pair(1, 1)) << "port 16 is tried too";
-    EXPECT_FALSE(reader.Locate(-3));
-    EXPECT_EQ(silent.probes(), 2);
-}
-
 TEST_F(Probe, LocateAndFirmwareOnlyForTheProbeModelsWithTheProfileFlag)
 {
     ProbePeer peer(GCR, "V1 " + GCR);

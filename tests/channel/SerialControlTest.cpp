@@ -168,13 +168,6 @@ TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedAndEveryByteCrossesWhole)
     EXPECT_EQ(got, big);
 }
 
-TEST_F(OnAPty, AHangUpEndsAWaitOnTheLine)
-{
-    open();
-    peer.hangUpAfter(50ms);
-    EXPECT_THROW(waitFor(1), RuntimeError);
-}
-
 // A line whose other end stops reading and then goes: the write that waits for room, the next
 // count and the next write fail with 8020 instead of blocking.
 TEST(PtyWithoutReader, AWriteWaitingForRoomAndWhatFollowsRaiseWhenTheLineGoes)

@@ -85,46 +85,6 @@ TEST_F(Wait, ASilentPortTimesOutOnTheIntervalAndEachTurnWaitsItsPace)
         << "each wait takes its time, and only that";
 }
 
-TEST_F(Wait, InputEndsTheWaitWhenItComes)
-{
-    fc.tmrScan.Interval(30000);
-    fc.tmrScan.Enabled(true);
-    peer.reply("ABCD");
-    fc.DoEvents(); // input already there: taken into the buffer at once, no wait
-    EXPECT_EQ(time.elapsed(), 0ms);
-    EXPECT_EQ(com.InBufferCount(), 4);
-    com.InputLen(0);
-    com.Input();
-    peer.replyAfter(20ms, "AB");
-    peer.replyAfter(20ms, "C");
-    peer.replyAfter(20ms, "D");
-    const int turns = waitFor(4);
-    EXPECT_GT(turns, 0);
-    EXPECT_LE(turns, 6);
-    EXPECT_EQ(time.elapsed(), 60ms) << "each piece ends a turn when it comes";
-    EXPECT_EQ(com.Input(), "ABCD");
-}
-
-TEST_F(Wait, AHangUpEndsAnyWaitAndIsAReportedRunTimeError)
-{
-    HostScope errors;
-    fc.tmrScan.Interval(30000);
-    peer.hangUpAfter(50ms);
-    EXPECT_FALSE(trap("ZEBReader81 - basTest.Wait", false, [&] { return waitFor(1) > 0; }));
-    const auto& r = errors.host->only();
-    EXPECT_EQ(r.number, err::PortIo);
-    EXPECT_EQ(r.kind, 0);
-    EXPECT_EQ(r.location, "basTest.Wait");
-    EXPECT_EQ(r.description, err::description(err::PortIo));
-    for (auto use :
-         std::initializer_list<std::function<void()>>{[&] { fc.DoEvents(); }, [&] { com.InBufferCount(); },
-                                                      [&] { com.Input(); }, [&] { com.Output("x"); }})
-        EXPECT_THROW(use(), RuntimeError);
-    // The port can still be closed; the device is gone for good.
-    com.PortOpen(false);
-    EXPECT_THROW(com.PortOpen(true), RuntimeError);
-}
-
 TEST_F(Wait, CancelScanEndsAWaitWithoutTimerEvenWhenAnEarlierWaitTookTheWake)
 {
     peer.whenReceived(

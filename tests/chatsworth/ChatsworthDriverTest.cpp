@@ -41,15 +41,6 @@ TEST_F(Chatsworth, InitSwitchesOnFeedAndExitControlOnlyWhenOffThenDownloadsTheCo
     EXPECT_TRUE(quiet());
 }
 
-TEST_F(Chatsworth, CardLeftInTheTransportGoesOutTheFrontAndStatusIsAskedAgain)
-{
-    scanner().setCardInTransport(true);
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(scanner().words(), (Words{"GETCONFIG", kDownload, "S", "EF", "S"}));
-    EXPECT_EQ(scanner().dispositions(), Words{"EF"});
-    EXPECT_TRUE(quiet());
-}
-
 TEST_F(Chatsworth, AccelScanCardWaitsForRejectOrEjectAndGoesOnBeforeTheNextIsFed)
 {
     reader.ReaderType(zebReaderTypeChatsworthALSAccelScanOMR);

@@ -34,28 +34,6 @@ struct Init : ::testing::Test {
     SerialControl& com() { return Reader::fComm(reader).mscComm; }
 };
 
-TEST_F(Init, PortOutsideOneToSixteenIsReportedAndLeavesCancelScanAlone)
-{
-    for (int16_t port : {0, 17, -1}) {
-        SCOPED_TRACE(port);
-        errors.host->reports.clear();
-        reader.Port(port);
-        EXPECT_FALSE(basRead::ReaderInit(reader));
-        const auto& r = errors.host->only();
-        EXPECT_EQ(r.number, 8002);
-        EXPECT_EQ(r.kind, 2);
-        EXPECT_EQ(r.title, "Invalid Port Number");
-        EXPECT_EQ(r.location, "basRead.ReaderInit");
-        EXPECT_EQ(r.description, "An error has occurred attempting to initialize the selected COM port: " +
-                                     std::to_string(port) +
-                                     ". Please verify the COM port number and settings and then retry the "
-                                     "operation.");
-        EXPECT_FALSE(reader.CancelScan());
-        EXPECT_FALSE(com().PortOpen());
-    }
-    EXPECT_TRUE(family.calls.empty());
-}
-
 TEST_F(Init, PortOpensWithTheReadersLineSettingsThenTheFamilyInits)
 {
     reader.FlowControl(zebReaderFlowControlHardware);
@@ -99,27 +77,6 @@ TEST_F(Init, UsbModelSkipsThePortAndATimeOutOutsideOneTo600BecomesTenSeconds)
     EXPECT_EQ(usb.calls, (Strings{"init", "init", "init", "init", "init"}));
 }
 
-TEST_F(Init, FailuresSetCancelScan)
-{
-    family.initResult = false;
-    EXPECT_FALSE(basRead::ReaderInit(reader));
-    EXPECT_TRUE(reader.CancelScan());
-    basRead::ReaderClose(reader);
-
-    reader.CancelScan(false);
-    EXPECT_FALSE(basRead::ReaderRead(reader)) << "no scripted reads: the read fails";
-    EXPECT_TRUE(reader.CancelScan());
-
-    // A model without a profile fails silently, before the port check.
-    reader.CancelScan(false);
-    reader.Profiles()->ProfileType(zebProfileTypeAP);
-    reader.Port(0);
-    EXPECT_FALSE(basRead::ReaderInit(reader));
-    EXPECT_TRUE(reader.CancelScan());
-    EXPECT_TRUE(errors.host->reports.empty());
-    EXPECT_EQ(family.calls, (Strings{"init", "close", "read"}));
-}
-
 TEST_F(Init, TypeNoneFailsInitAndReadButCloseStillClosesThePort)
 {
     reader.ReaderType(zebReaderTypeNone);
@@ -133,30 +90,6 @@ TEST_F(Init, TypeNoneFailsInitAndReadButCloseStillClosesThePort)
     EXPECT_FALSE(com().PortOpen());
     EXPECT_TRUE(errors.host->reports.empty());
     EXPECT_TRUE(scanner.received().empty());
-}
-
-TEST_F(Init, PortThatCannotOpenIsATrappedErrorWithoutCancelScan)
-{
-    sim::mapPort(15, "/nonexistent/zebreader-port");
-    reader.Port(15);
-    EXPECT_FALSE(basRead::ReaderInit(reader));
-    EXPECT_EQ(errors.host->only().kind, 0);
-    EXPECT_EQ(errors.host->only().location, "basRead.ReaderInit");
-    EXPECT_FALSE(reader.CancelScan());
-    EXPECT_TRUE(family.calls.empty());
-}
-
-TEST_F(Init, ReadMarksBothSidesTimedBeforeTheDriverRuns)
-{
-    Reader::Side1TimingMarks(reader, 0);
-    Reader::Side2TimingMarks(reader, 0);
-    family.reads = {true};
-    family.onRead = [&](clsZEBReader& r, int) {
-        EXPECT_EQ(r.Side1TimingMarks(), -1);
-        EXPECT_EQ(r.Side2TimingMarks(), -1);
-    };
-    EXPECT_TRUE(basRead::ReaderRead(reader));
-    EXPECT_FALSE(reader.CancelScan());
 }
 
 } // namespace

@@ -74,39 +74,6 @@ TEST_F(Dispatch, PrintOnlyForTypesTwoTo36WithAnImprinterAndNotSkipped)
     EXPECT_FALSE(disposed);
 }
 
-// One sheet read through the scripted family, then RejectPage; a second, then EjectPage.
-Strings rejectThenEject(clsZEBReader& reader, zebReaderType type, bool& handledAfterReject)
-{
-    ScriptedFamily family{familyOf(type)};
-    family.reads = {true, true};
-    reader.ReaderType(type);
-    reader.Rejecter(true);
-    reader.ReadPage();
-    reader.RejectPage();
-    handledAfterReject = Reader::SheetHandled(reader);
-    reader.ReadPage();
-    reader.EjectPage();
-    return family.calls;
-}
-
-TEST_F(Dispatch, RejectAndEjectReachOnlyTheRoutedModels)
-{
-    for (int32_t t : {16, 17, 19, 20, 21, 27, 28, 35, 38, 41}) {
-        SCOPED_TRACE(t);
-        bool handled = false;
-        EXPECT_EQ(rejectThenEject(reader, static_cast<zebReaderType>(t), handled), (Strings{"read", "read"}));
-        EXPECT_TRUE(handled) << "RejectPage marks the sheet even when nothing is sent";
-        EXPECT_TRUE(Reader::SheetHandled(reader));
-    }
-    for (int32_t t : {1, 2, 7, 11, 15, 22, 23, 24, 29, 30, 37, 40}) {
-        SCOPED_TRACE(t);
-        bool handled = false;
-        EXPECT_EQ(rejectThenEject(reader, static_cast<zebReaderType>(t), handled),
-                  (Strings{"read", "reject", "read", "eject"}));
-        EXPECT_TRUE(handled);
-    }
-}
-
 TEST_F(Dispatch, FamiliesWithoutAProtocolSayTheyAreNotSupported)
 {
     const std::pair<zebReaderType, const char*> cases[] = {
@@ -144,16 +111,6 @@ TEST_F(Dispatch, FamiliesWithoutAProtocolSayTheyAreNotSupported)
     EXPECT_EQ(errors.host->reports[1].location, "basScanningSystems.CloseReaderSS");
     EXPECT_EQ(errors.host->reports[1].description,
               "The Sekonic SR-607 scanner is not supported by this version of ZEBReader81.");
-}
-
-TEST(ReaderTypeName, DisplayNamesAsTheyStandAndEmptyOutsideTheTable)
-{
-    EXPECT_EQ(basRead::ReaderTypeName(0), "None");
-    EXPECT_EQ(basRead::ReaderTypeName(6), "Scantron OpScan 7");
-    EXPECT_EQ(basRead::ReaderTypeName(37), "Chatsworth Data ACP-100");
-    EXPECT_EQ(basRead::ReaderTypeName(41), "Chatsworth Data ACP-200");
-    EXPECT_EQ(basRead::ReaderTypeName(42), "");
-    EXPECT_EQ(basRead::ReaderTypeName(-1), "");
 }
 
 } // namespace

@@ -53,23 +53,6 @@ TEST(Imprinter, OneModelPerKindOfImprinter)
     }
 }
 
-TEST(Reader, GeometryMaximaIgnoreElementZero)
-{
-    clsZEBReader reader;
-    auto rows = SafeArray<int16_t>::vector(0, 3);
-    rows(0) = 99;
-    rows(1) = 40;
-    rows(2) = 63;
-    rows(3) = 12;
-    reader.Side1Rows(rows);
-    EXPECT_EQ(Reader::Side1RowsMax(reader), 63);
-    EXPECT_EQ(reader.Side1Rows(), rows);
-    rows(2) = -5;
-    EXPECT_EQ(Reader::Side1RowsMax(reader), 63) << "the reader keeps its own copy";
-    reader.Side2Cols(SafeArray<int16_t>::vector(0, 0));
-    EXPECT_EQ(Reader::Side2ColsMax(reader), 0);
-}
-
 TEST(Collections, WindowsArePositionedAndMissingItemsAreNothing)
 {
     clsZEBReaderWindows w;

@@ -192,15 +192,6 @@ const ReadCase reads[] = {
 };
 INSTANTIATE_TEST_SUITE_P(EZData, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);
 
-TEST_F(EZData, SheetLeftInTheTransportIsRejectedAndStatusAskedAgain)
-{
-    scanner().setSheetInTransport(true);
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_EQ(sent(), framed({"GETCONFIG", "S", "ER", "S"}));
-    EXPECT_EQ(scanner().dispositions(), Words{"ER"});
-    EXPECT_TRUE(quiet());
-}
-
 TEST_F(EZData, RejectSendsErOrEfByRejecterOncePerSheetAndTheBatchEndEf)
 {
     load(card({{1}}));
@@ -234,32 +225,6 @@ TEST_F(EZData, RejectSendsErOrEfByRejecterOncePerSheetAndTheBatchEndEf)
     expectReport(2, "EZData Scanner Error",
                  "EZData Scanner - Unexpected data returned from scanner (EJECT?).",
                  "basNCSEZData.RejectPageNCSEZ");
-}
-
-TEST_F(EZData, LocateFindsTheScannerFromPort1Up)
-{
-    sim::mapPort(1, peer().path());
-    reader.Profiles()->Item("23")->LocateEnabled(true);
-    reader.Port(9);
-    ASSERT_TRUE(reader.Locate());
-    EXPECT_EQ(reader.Port(), 1);
-    EXPECT_EQ(sent(), "<DC2>R7777<DC2>I00<DC2>E");
-    EXPECT_TRUE(quiet());
-}
-
-TEST_F(EZData, FirmwareTextIsWhatPrecedesGCrTrimmed)
-{
-    auto profile = reader.Profiles()->Item("23");
-    profile->FirmwareEnabled(false);
-    std::string firmware;
-    EXPECT_FALSE(reader.Firmware(firmware));
-    EXPECT_EQ(sent(), "") << "not offered: nothing sent";
-    profile->FirmwareEnabled(true);
-    scanner().setFirmware("  EZData 2.04 ");
-    ASSERT_TRUE(reader.Firmware(firmware));
-    EXPECT_EQ(firmware, "EZData 2.04");
-    EXPECT_EQ(sent(), framed({"V"}));
-    EXPECT_TRUE(quiet());
 }
 
 } // namespace

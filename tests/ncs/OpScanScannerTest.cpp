@@ -93,16 +93,6 @@ TEST_F(OpScan, ScanModeIsBroughtToOneAndPutBackAtClose)
     }
 }
 
-TEST_F(OpScan, EleventhPollMayStillFindModeOne)
-{
-    op(*this).setMode(2);
-    op(*this).setStateLetter('R');
-    op(*this).setModeChangePolls(10);
-    EXPECT_TRUE(reader.StartReader());
-    EXPECT_EQ(op(*this).fullStatusPolls(), 1 + 11);
-    EXPECT_TRUE(quiet());
-}
-
 const std::string noStatus = "There was no response from the scanner while checking status.";
 const std::string jam =
     "The scanner reports paper jam or a misfeed.  Please clear the feeder and then rescan the form.";
@@ -185,31 +175,6 @@ const ReadCase reads[] = {
      -1, 1, "<DC1>s1"},
 };
 INSTANTIATE_TEST_SUITE_P(OpScan, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);
-
-TEST_F(OpScan, ScannerThatHangsUpIsARunTimeErrorNotAHang)
-{
-    load(patternSheet(2, 47));
-    ASSERT_TRUE(reader.StartReader());
-    peer().hangUp();
-    EXPECT_FALSE(reader.ReadPage());
-    EXPECT_EQ(errors.host->only().kind, 0);
-    EXPECT_EQ(errors.host->only().location, "basNCS.ReadPageNCS");
-}
-
-TEST_F(OpScan, ShortRowIsReportedAndTheNextSheetReadsCleanly)
-{
-    op(*this).feedRawOnce("a" + std::string(48, '0') + "a" + std::string(46, '0') + "a\r");
-    ASSERT_TRUE(reader.StartReader());
-    EXPECT_FALSE(reader.ReadPage());
-    expectReport(2, "Invalid Number of Bytes",
-                 "The scanner reported an invalid number of bytes on side 1\r\n\r\n"
-                 "Invalid number of bytes: 46\r\nLine number: 2",
-                 "basNCS.ReadPageNCS");
-    reset();
-    load(patternSheet(1, 47, 0, 0, 4));
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_EQ(events->side1.at(0)(1, 1), strength(1, 1, 1, 4));
-}
 
 TEST_F(OpScan, ImprinterGetsPositionThenTextOfTheFirstBufferOnEveryModel)
 {

@@ -102,17 +102,6 @@ const ReadCase reads[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Pdi, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);
 
-TEST_F(Pdi, ReadUnderWaySendsNoReadCommand)
-{
-    ASSERT_TRUE(reader.StartReader());
-    mark();
-    load(card({{2}}));
-    pdi(*this).setReadUnderWay();
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_EQ(sent(), "Q9");
-    EXPECT_EQ(reader.Side1Array(), expectedSide(card({{2}}), 1, 500, 14, 241));
-}
-
 TEST_F(Pdi, RawStreamRoundsTheRowCountAndReadsOnPastAnInnerCR)
 {
     ASSERT_TRUE(reader.StartReader());

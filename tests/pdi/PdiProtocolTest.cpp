@@ -30,38 +30,5 @@ TEST(PdiProtocol, ThresholdReplyIsUpperCaseHexadecimal)
     EXPECT_EQ(thresholdSteps(199, 202), "---");
 }
 
-TEST(PdiProtocol, SheetFillsFromTheLastRowUpwardAndSixtyFourStoresNothing)
-{
-    SheetDecoder sheet(241);
-    sheet.start(3);
-    // Row 3: columns 1, 6 and 12. Row 2: two empty halves. Row 1: 1 to 6, and 13 (no 64 bit): 7, 9, 10.
-    for (const int c : {64 | 1 | 32, 64 | 32, 64, 64, 63, 13})
-        sheet.add(static_cast<unsigned char>(c));
-    const auto& m = sheet.marks();
-    EXPECT_EQ(m.UBound(1), 500);
-    EXPECT_EQ(m.UBound(2), 14);
-    std::string rows;
-    for (int r = 1; r <= 4; ++r, rows += '|')
-        for (int c = 1; c <= 14; ++c)
-            rows += m(r, c) == 241 ? 'x' : m(r, c) == 0 ? '.' : '?';
-    EXPECT_EQ(rows, "xxxxxxx.xx....|..............|x....x.....x..|..............|");
-}
-
-TEST(PdiProtocol, MarksOutsideTheArrayAreSubscriptErrors)
-{
-    SheetDecoder sheet(1);
-    sheet.start(501);
-    EXPECT_NO_THROW(sheet.add(64)) << "an empty half-row stores nothing";
-    try {
-        sheet.add(1);
-        FAIL() << "row 501 accepted";
-    } catch (const RuntimeError& e) {
-        EXPECT_EQ(e.number(), err::SubscriptOutOfRange);
-    }
-    SheetDecoder overrun(1);
-    overrun.start(0); // more pairs than the LF announced
-    EXPECT_THROW(overrun.add(2), RuntimeError);
-}
-
 } // namespace
 } // namespace zebreader81::pdi

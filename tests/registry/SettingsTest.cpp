@@ -162,18 +162,6 @@ TEST_F(Settings, NumbersIgnoreTheHostsLocale)
     EXPECT_EQ(b.StopBits(), 1.5f);
 }
 
-TEST_F(Settings, PrinterFollowsTheLoadedScannerTypesRule)
-{
-    ASSERT_TRUE(registry::SaveValue(HKCU, site, "Printer", "True"));
-    clsZEBReader r;
-    r.ReaderType(zebReaderTypeNCSOpScan2); // a model with an imprinter before loading
-    for (const auto& [type, printer] : {std::pair{"1", false}, {"2", true}}) {
-        ASSERT_TRUE(registry::SaveValue(HKCU, site, "ScannerType", type));
-        ASSERT_TRUE(r.LoadSettings(HKCU, site));
-        EXPECT_EQ(r.Printer()->Enabled(), printer) << type;
-    }
-}
-
 TEST_F(Settings, ValuesOfOtherTypesReadAsTextsAndOversizedOnesAsTheDefault)
 {
     using registry::Value;

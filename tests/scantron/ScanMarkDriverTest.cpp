@@ -145,18 +145,6 @@ TEST_F(WindowForm, OneRecordPerAreaWalkedPerSideAndEachCharacterInItsCell)
     EXPECT_EQ(reader.Side2Array(), expected2);
 }
 
-TEST_F(WindowForm, SideTwoAreasOfASingleSidedFormStillGiveAnEmptySideTwoArray)
-{
-    reader.DuplexForm(false);
-    load(patternSheet(12, 10, 9, 8));
-    ASSERT_TRUE(reader.StartReader());
-    ASSERT_TRUE(reader.ReadPage());
-    EXPECT_EQ(reader.Side1Array()(12, 4), strength(1, 12, 4));
-    // The walk reaches the page-2 area after side 1; the scanner's CR follows at once.
-    EXPECT_EQ(reader.Side2Array(), (SafeArray<int16_t>::matrix(1, 9, 1, 8)));
-    EXPECT_TRUE(quiet());
-}
-
 TEST_F(WindowForm, RejectedFieldReportsItsLocationBlockAndAnOverflowIsError6)
 {
     scanner().rejectCommand("FRM=DK 2 8");
@@ -299,20 +287,6 @@ TEST_F(ScanMark, ACRAfterTheStatusReplyNeitherEndsTheMarkDataNorBlocksTheReject)
     EXPECT_EQ(scanner().ejections(), "CC");
     EXPECT_EQ(scanner().sheetsRead(), 2);
     EXPECT_TRUE(quiet());
-}
-
-TEST_F(ScanMark, HandFeedingPollsUntilASheetIsReady)
-{
-    reader.ReaderType(zebReaderTypeScantronScanMarkES2010);
-    attach();
-    reader.Feeder(false);
-    form(reader, {2}, {2});
-    ASSERT_TRUE(reader.StartReader());
-    atWait(std::chrono::seconds(3), [&] { load(patternSheet(2, 2)); });
-    EXPECT_TRUE(reader.ReadPage());
-    const auto c = scanner().commands();
-    EXPECT_GE(std::count(c.begin(), c.end(), "QSTS"), 3);
-    EXPECT_EQ(reader.Side1Array()(2, 2), strength(1, 2, 2));
 }
 
 TEST_F(ScanMark, RejectPrintsOffAndGoesToTheSelectStackerAndTheBatchEndAccepts)

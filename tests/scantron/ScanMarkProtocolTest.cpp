@@ -58,24 +58,6 @@ TEST(ScanMarkCommands, FarEdgeOverflowIsRunTimeError6)
     EXPECT_EQ(windowFieldCommand(1, *area(1, 1, 32766, 1, 1, 1)), f("FRM=DK 1 1 1 1 1 L 1 1"));
 }
 
-TEST(ScanMarkCommands, FieldPlanWalksSideOneUntilPageTwoAndSideTwoUntilPageThree)
-{
-    clsZEBReaderWindows windows;
-    windows.Add(area(1, 1, 1, 1, 1, 1, 0)); // page 0 counts as side 1
-    windows.Add(area(1, 1, 1, 1, 1, 1, 1));
-    windows.Add(area(1, 1, 1, 1, 1, 1, 2));
-    windows.Add(area(1, 1, 1, 1, 1, 1, 1)); // after a page 2: not side 1 any more, skipped on side 2
-    windows.Add(area(1, 1, 1, 1, 1, 1, 2));
-    windows.Add(area(1, 1, 1, 1, 1, 1, 3)); // ends the side-2 walk
-    windows.Add(area(1, 1, 1, 1, 1, 1, 2));
-
-    std::vector<std::pair<int, int>> got;
-    for (const auto& e : fieldPlan(windows, true))
-        got.emplace_back(e.side, e.field);
-    EXPECT_EQ(got, (std::vector<std::pair<int, int>>{{1, 1}, {1, 2}, {2, 3}, {2, 5}}));
-    EXPECT_EQ(fieldPlan(windows, false).size(), 2u);
-}
-
 TEST(ScanMarkCommands, ImprintTextIsIndentedThenCutTo125)
 {
     EXPECT_EQ(imprintText(3, "AB"), "   AB");
@@ -107,22 +89,6 @@ TEST(ScanMarkStatusDecode, ReadyBitJamBeforeDoubleFeedAndStatesWithoutAReport)
         EXPECT_FALSE(decodeStatus(reply).reports());
     }
     EXPECT_EQ(decodeStatus("S0000000!00").result, -1) << "11 characters are never decoded";
-}
-
-TEST(ScanMarkMarks, PageRowsWrapAt48AndCellsBeyondTheArrayAreDropped)
-{
-    auto side = sideArray(2, 3);
-    PageCursor cursor(2);
-    int n = 0;
-    while (!cursor.done()) {
-        storeMark(side, cursor.row(), cursor.col(), static_cast<int16_t>(++n));
-        cursor.advance();
-    }
-    EXPECT_EQ(n, 96);
-    EXPECT_EQ(side(1, 3), 3);
-    EXPECT_EQ(side(2, 1), 49);
-    EXPECT_EQ(side(2, 3), 51);
-    EXPECT_EQ(sideArray(0, 5).size(), 0u);
 }
 
 TEST(ScanMarkMarks, WindowCursorFollowsOrientationFromTheLowCorner)

@@ -6,33 +6,6 @@
 namespace zebreader81::sim {
 namespace {
 
-TEST(SheetFile, ReadsSidesMarksBarcodesAndBlankRows)
-{
-    const auto sheets = parseSheets(R"(# two sheets
-sheet first
-barcode 00 12#3
-side 1
-| .1 9A |  note: blanks and text after the bar are ignored
-|fX|
-blank 2
-side 2
-|X|
-sheet second
-|..5|
-)");
-    ASSERT_EQ(sheets.size(), 2u);
-    const auto& a = sheets[0];
-    EXPECT_EQ(a.barcodes, (std::vector<std::string>{"00 12#3"}));
-    // Short rows are padded to the side's width; blank rows are all 0.
-    EXPECT_EQ(a.side1,
-              (std::vector<std::vector<int>>{{0, 1, 9, 10}, {15, 15, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}}));
-    EXPECT_EQ(a.side2, (std::vector<std::vector<int>>{{15}}));
-    // A new sheet starts on side 1.
-    EXPECT_EQ(sheets[1].side1, (std::vector<std::vector<int>>{{0, 0, 5}}));
-    EXPECT_TRUE(sheets[1].side2.empty());
-    EXPECT_TRUE(sheets[1].barcodes.empty());
-}
-
 TEST(SheetFile, ErrorsNameTheLineAndWhatIsWrong)
 {
     const std::pair<const char*, const char*> cases[] = {

@@ -80,17 +80,5 @@ TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
 // Chatsworth family (the OMR1100, and the ALS AccelScan whose cards wait for an eject).
 INSTANTIATE_TEST_SUITE_P(Simulated, ZebreaderFamily, ::testing::Values(2, 14, 16, 24, 23, 37, 20, 22));
 
-TEST_F(ZebreaderTool, ScanReadsThroughANetworkSerialServerNamedByDevice)
-{
-    if (sim::Ser2net::program().empty())
-        GTEST_SKIP() << "ser2net is not installed (scripts/setup installs it)";
-    auto scanner = sim::makeSimulator(2, sim::sampleSheets(2));
-    sim::Ser2net server(scanner->path(), sim::Ser2net::Mode::Raw);
-    ASSERT_TRUE(server.running()) << server.log();
-    const auto r = run("zebreader scan --model 2 --sheets 1 --sleep 1 --timeout 2 --device " + server.url());
-    ASSERT_EQ(r.status, 0) << r.err << r.out;
-    expectText(r.out, {R"({"summary":{"result":true,"sheets":1,"read":1,"cancelScan":true}})"});
-}
-
 } // namespace
 } // namespace zebreader81::test
