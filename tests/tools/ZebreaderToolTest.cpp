@@ -557,11 +557,9 @@ TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)
                        [&](const std::string&, pid_t pid) {
                            // The third sheet's start (DC1) was sent.
                            const auto trace = readFile(file("trace.txt"));
-                           std::size_t starts = 0;
-                           for (auto at = trace.find(" > 11 "); at != std::string::npos;
-                                at = trace.find(" > 11 ", at + 1))
-                               ++starts;
-                           if (!sent && starts == 3)
+                           const std::regex start(" > 11 ");
+                           const std::sregex_iterator starts(trace.begin(), trace.end(), start);
+                           if (!sent && std::distance(starts, std::sregex_iterator()) == 3)
                                sent = kill(pid, SIGINT) == 0;
                        });
     EXPECT_TRUE(sent);
