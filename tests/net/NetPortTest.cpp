@@ -8,7 +8,6 @@
 #include "core/basError.h"
 
 #include <gtest/gtest.h>
-#include <map>
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -38,12 +37,19 @@ std::string sb(int code, const std::string& value)
     return out + bytes({IAC, SE});
 }
 std::string sb(int code, std::initializer_list<int> value) { return sb(code, bytes(value)); }
-// The five commands of a line set-up: rate, data size, parity, stop size, control.
-std::string line(std::initializer_list<int> rate, int size, int parity, int stop, int control)
+// The five commands of a line set-up: rate, data size, parity, stop size, control; with
+// `answer` 100 the server's confirmations of them.
+std::string line(std::initializer_list<int> rate, int size, int parity, int stop, int control, int answer = 0)
 {
-    return sb(SetBaudRate, rate) + sb(SetDataSize, {size}) + sb(SetParity, {parity}) +
-           sb(SetStopSize, {stop}) + sb(SetControl, {control});
+    return sb(SetBaudRate + answer, rate) + sb(SetDataSize + answer, {size}) +
+           sb(SetParity + answer, {parity}) + sb(SetStopSize + answer, {stop}) +
+           sb(SetControl + answer, {control});
 }
+// What our client and a ser2net 4 server say first.
+const std::string clientHello =
+    bytes({IAC, WILL, 44, IAC, WILL, BINARY, IAC, DO, BINARY, IAC, WILL, SGA, IAC, DO, SGA});
+const std::string serverHello =
+    bytes({IAC, WILL, SGA, IAC, DO, SGA, IAC, DO, BINARY, IAC, WILL, BINARY, IAC, DO, 44});
 
 TEST(Rfc2217Codec, DataEscapingDoublesEveryIacAndCountsWhatWentOut)
 {
@@ -177,11 +183,13 @@ TEST(NetworkPortAddress, SchemesHostsAndPorts)
     }
 }
 
-// A server on a free loopback port that accepts one connection and runs `script` on it; every
-// wait for the client gives up after 10 s.
+// A server on a free loopback port for one connection, on a wire transcript: once the client
+// has sent the bytes of a step (and those before), the server sends the step's answer. Then it
+// hangs up, or waits until the client does; what the client sent must be the steps' bytes.
+// Every wait gives up after 10 s.
 class FakeServer {
 public:
-    explicit FakeServer(std::function<void(FakeServer&)> script)
+    explicit FakeServer(std::vector<std::pair<std::string, std::string>> steps, bool hangUp = false)
     {
         sockaddr_in a{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
         socklen_t len = sizeof a;
@@ -189,13 +197,24 @@ public:
         EXPECT_EQ(listen(listen_, 1), 0);
         getsockname(listen_, reinterpret_cast<sockaddr*>(&a), &len);
         port_ = ntohs(a.sin_port);
-        thread_ = std::thread([this, script = std::move(script)] {
+        thread_ = std::thread([this, steps = std::move(steps), hangUp] {
             pollfd pfd{listen_, POLLIN, 0};
-            fd_ = poll(&pfd, 1, 10000) > 0 ? accept4(listen_, nullptr, nullptr, SOCK_CLOEXEC) : -1;
+            const int fd = poll(&pfd, 1, 10000) > 0 ? accept4(listen_, nullptr, nullptr, SOCK_CLOEXEC) : -1;
             const timeval limit{10, 0};
-            setsockopt(fd_, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
-            script(*this);
-            close(fd_);
+            setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
+            std::string received, expected;
+            const auto readUntil = [&](std::size_t size) {
+                char chunk[4096];
+                for (ssize_t n; received.size() < size && (n = recv(fd, chunk, sizeof chunk, 0)) > 0;)
+                    received.append(chunk, static_cast<std::size_t>(n));
+            };
+            for (const auto& [from, answer] : steps) {
+                readUntil((expected += from).size());
+                [[maybe_unused]] auto n = send(fd, answer.data(), answer.size(), MSG_NOSIGNAL);
+            }
+            readUntil(hangUp ? 0 : SIZE_MAX);
+            close(fd);
+            EXPECT_EQ(received, expected);
         });
     }
     ~FakeServer()
@@ -207,90 +226,11 @@ public:
     {
         return scheme + "://127.0.0.1:" + std::to_string(port_);
     }
-    void send(std::string_view b) { [[maybe_unused]] auto n = ::send(fd_, b.data(), b.size(), MSG_NOSIGNAL); }
-    // False when the client closed or nothing came.
-    bool readMore()
-    {
-        char chunk[4096];
-        const ssize_t n = recv(fd_, chunk, sizeof chunk, 0);
-        received.append(chunk, static_cast<std::size_t>(std::max<ssize_t>(n, 0)));
-        return n > 0;
-    }
-    void readUntil(std::size_t size)
-    {
-        while (received.size() < size && readMore()) {
-        }
-    }
-    std::string received;
 
 private:
-    int listen_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), fd_ = -1;
+    int listen_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
     uint16_t port_ = 0;
     std::thread thread_;
-};
-
-// What a client sent a telnet server: the data (IAC doubling undone) and the COM port commands.
-struct ClientStream {
-    std::string data;
-    std::vector<std::pair<uint8_t, std::string>> commands;
-};
-
-ClientStream parseClient(const std::string& s)
-{
-    ClientStream out;
-    for (std::size_t i = 0; i < s.size();) {
-        if (s[i] != char(IAC) || (i + 1 < s.size() && s[i + 1] == char(IAC))) {
-            out.data += s[i];
-            i += s[i] == char(IAC) ? 2 : 1;
-        } else if (i + 1 < s.size() && s[i + 1] == char(SB)) {
-            std::string body;
-            std::size_t j = i + 3;
-            for (; j + 1 < s.size() && !(s[j] == char(IAC) && s[j + 1] == char(SE)); ++j)
-                body += s[j] == char(IAC) ? s[++j] : s[j];
-            if (j + 1 >= s.size())
-                break;
-            if (!body.empty())
-                out.commands.emplace_back(static_cast<uint8_t>(body[0]), body.substr(1));
-            i = j + 2;
-        } else if (i + 1 < s.size()) {
-            i += static_cast<uint8_t>(s[i + 1]) >= WILL ? 3 : 2;
-        } else {
-            break;
-        }
-    }
-    return out;
-}
-
-// A telnet server with the COM port option: greets as ser2net does, answers the nth of each
-// command with `answer` (by default its confirmation) and the client's data with `onData`,
-// until the client goes.
-struct TelnetScript {
-    std::function<std::string(uint8_t command, const std::string& value, int nth)> answer =
-        [](uint8_t command, const std::string& value, int) { return sb(command + 100, value); };
-    std::function<std::string(const std::string& data)> onData = [](const std::string&) { return ""; };
-    std::string greeting =
-        bytes({IAC, WILL, SGA, IAC, DO, SGA, IAC, DO, BINARY, IAC, WILL, BINARY, IAC, DO, 44});
-    // Every command the client sent, as it would be on the wire without doubled IACs removed.
-    std::string seen;
-
-    void operator()(FakeServer& c)
-    {
-        c.send(greeting);
-        std::size_t handled = 0, dataSeen = 0;
-        std::map<uint8_t, int> count;
-        while (c.readMore()) {
-            const auto stream = parseClient(c.received);
-            for (; handled < stream.commands.size(); ++handled) {
-                const auto& [command, value] = stream.commands[handled];
-                seen += sb(command, value);
-                c.send(answer(command, value, ++count[command]));
-            }
-            if (stream.data.size() > dataSeen) {
-                dataSeen = stream.data.size();
-                c.send(onData(stream.data));
-            }
-        }
-    }
 };
 
 struct NetPort : ::testing::Test {
@@ -347,12 +287,7 @@ TEST_F(NetPort, AServerThatCannotBeReachedIsNamedWithTheReason)
 
 TEST_F(NetPort, RawServerCarriesBytesAsTheyAreAndItsCloseIsAPortError)
 {
-    FakeServer server([](FakeServer& c) {
-        c.readUntil(6);
-        c.send(bytes({'A', 'B', 255}));
-        c.readUntil(9);
-        c.send("XY");
-    });
+    FakeServer server({{bytes({'h', 'e', 'l', 'l', 'o', 255}), bytes({'A', 'B', 255})}, {"bye", "XY"}}, true);
     const auto url = server.url("socket");
     ASSERT_EQ(openError(url).first, 0);
     com.Output(bytes({'h', 'e', 'l', 'l', 'o', 255}));
@@ -388,58 +323,48 @@ TEST_F(NetPort, RawServerCarriesBytesAsTheyAreAndItsCloseIsAPortError)
 
 TEST_F(NetPort, Rfc2217SetsTheLineEscapesDataAndPurgesTheServersInput)
 {
-    TelnetScript script;
-    script.answer = [](uint8_t command, const std::string& value, int nth) {
+    const auto purge = sb(PurgeData, {1});
+    FakeServer server({
+        {"", serverHello},
+        // At open the default line, then a purge.
+        {clientHello + line({0, 0, 0x25, 0x80}, 8, 1, 1, 1), line({0, 0, 0x25, 0x80}, 8, 1, 1, 1, 100)},
+        {purge, sb(112, {1})},
+        {bytes({'a', IAC, IAC, 'b'}), bytes({'x', IAC, IAC, 'y'})},
+        // Settings and Handshaking while open each set the whole line.
+        {line({0, 0, 0x4b, 0}, 7, 3, 2, 1), line({0, 0, 0x4b, 0}, 7, 3, 2, 1, 100)},
+        {line({0, 0, 0x4b, 0}, 7, 3, 2, 3), line({0, 0, 0x4b, 0}, 7, 3, 2, 3, 100)},
         // The second purge finds stale bytes in the server, and fresh ones follow it.
-        const bool stale = command == PurgeData && nth == 2;
-        return (stale ? "stale" : "") + sb(command + 100, value) + (stale ? "fresh" : "");
-    };
-    script.onData = [](const std::string& data) {
-        return data == bytes({'a', 255, 'b'}) ? bytes({'x', IAC, IAC, 'y'}) : std::string();
-    };
-    {
-        FakeServer server(std::ref(script));
-        ASSERT_EQ(openError(server.url("rfc2217")).first, 0);
-        com.Output(bytes({'a', 255, 'b'}));
-        EXPECT_EQ(take(3), bytes({'x', 255, 'y'}));
-        com.Settings("19200,E,7,2");
-        com.Handshaking(2);
-        // Bytes that were in the server before the purge never reach the buffer.
-        com.purgeInput();
-        EXPECT_EQ(take(5), "fresh");
-        com.PortOpen(false);
-    }
-    // At open the default line, then a purge; Settings and Handshaking while open each set the
-    // whole line.
-    EXPECT_EQ(script.seen, line({0, 0, 0x25, 0x80}, 8, 1, 1, 1) + sb(PurgeData, {1}) +
-                               line({0, 0, 0x4b, 0}, 7, 3, 2, 1) + line({0, 0, 0x4b, 0}, 7, 3, 2, 3) +
-                               sb(PurgeData, {1}));
+        {purge, "stale" + sb(112, {1}) + "fresh"},
+    });
+    ASSERT_EQ(openError(server.url("rfc2217")).first, 0);
+    com.Output(bytes({'a', 255, 'b'}));
+    EXPECT_EQ(take(3), bytes({'x', 255, 'y'}));
+    com.Settings("19200,E,7,2");
+    com.Handshaking(2);
+    // Bytes that were in the server before the purge never reach the buffer.
+    com.purgeInput();
+    EXPECT_EQ(take(5), "fresh");
+    com.PortOpen(false);
 }
 
 TEST_F(NetPort, Rfc2217SettingsTheServerDoesNotConfirmAre8015)
 {
+    const auto at9600 = clientHello + line({0, 0, 0x25, 0x80}, 8, 1, 1, 1);
     const struct {
-        uint8_t command; // answered with `instead` ("": not at all); the others are confirmed
-        std::string instead, greeting;
+        std::string greeting, client, answer;
         int16_t handshaking;
         std::string reason;
     } cases[] = {
-        {SetBaudRate, bytes({0, 0, 0x4b, 0}), "", 0,
+        {serverHello, at9600, sb(101, {0, 0, 0x4b, 0}), 0,
          "the server answered SET-BAUDRATE 19200 to SET-BAUDRATE 9600"},
-        {SetDataSize, "", "", 0, "the server did not confirm SET-DATASIZE 8"},
-        {0, "", bytes({IAC, DONT, 44}), 0, "the server does not offer the COM port option (RFC 2217)"},
-        {0, "", "", 3, "the COM port option cannot set XON/XOFF and RTS/CTS handshaking together"},
+        {serverHello, at9600, sb(101, {0, 0, 0x25, 0x80}), 0, "the server did not confirm SET-DATASIZE 8"},
+        {bytes({IAC, DONT, 44}), clientHello, "", 0,
+         "the server does not offer the COM port option (RFC 2217)"},
+        {serverHello, clientHello, "", 3,
+         "the COM port option cannot set XON/XOFF and RTS/CTS handshaking together"},
     };
     for (const auto& c : cases) {
-        TelnetScript script;
-        script.answer = [&c](uint8_t command, const std::string& value, int) {
-            return command != c.command ? sb(command + 100, value)
-                   : c.instead.empty()  ? ""
-                                        : sb(command + 100, c.instead);
-        };
-        if (!c.greeting.empty())
-            script.greeting = c.greeting;
-        FakeServer server(std::ref(script));
+        FakeServer server({{"", c.greeting}, {c.client, c.answer}});
         const auto url = server.url("rfc2217");
         const auto [number, description] = openError(url, c.handshaking);
         EXPECT_EQ(number, err::CommStateNotSet) << c.reason;

@@ -1,19 +1,200 @@
 // zebreader and zebreader-sim as a user runs them, one command line after another in one
 // settings store: what each prints and its exit status. Usage errors (2) print nothing on
-// stdout and are refused before any device is opened (that would fail with 1).
-#include "tools/ToolRun.h"
-
+// stdout and are refused before any device is opened (that would fail with 1). Then a person
+// at a desk feeding sheets by hand, and the sample sheets of every simulated family.
 #include "sim/Simulators.h"
 #include "sim/ezdata/EZDataSimulator.h"
 #include "sim/scantron/ScanMarkSimulator.h"
 
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
 #include <map>
+#include <nlohmann/json.hpp>
 #include <regex>
 #include <sstream>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+extern char** environ;
 
 namespace zebreader81::test {
 namespace {
+
+struct ToolResult {
+    int status = -1; // exit status; 128 + signal when killed
+    std::string out, err;
+};
+
+// A whole file ("" when missing).
+std::string readFile(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+std::vector<std::string> lines(const std::string& text)
+{
+    std::vector<std::string> out;
+    std::stringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        out.push_back(line);
+    return out;
+}
+
+// The tools with a private settings store, started in a fresh folder (dir, removed after).
+class ZebreaderTool : public ::testing::Test {
+protected:
+    ZebreaderTool()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "zebreader-tool-XXXXXX").string();
+        dir = mkdtemp(pattern.data()) ? pattern : "/nonexistent";
+    }
+    ~ZebreaderTool() override
+    {
+        std::error_code ec;
+        std::filesystem::remove_all(dir, ec);
+    }
+    std::string file(const std::string& name) const { return dir + "/" + name; }
+    void write(const std::string& name, const std::string& text) const
+    {
+        std::ofstream(file(name), std::ios::binary) << text;
+    }
+
+    // Runs `line` as a shell would: "zebreader" or "zebreader-sim", then its arguments ('...'
+    // quotes); NAME=value words before it go to the environment (ZEBREADER_COM* of this process
+    // never do). "2>tty" gives stderr a pseudo-terminal, as at a desk; "^C"
+    // interrupts the program once it printed a line. `whileRunning` is called every 10 ms with
+    // stdout so far. Killed after 60 s.
+    ToolResult run(const std::string& line,
+                   std::function<void(const std::string& out, pid_t pid)> whileRunning = {}) const
+    {
+        std::vector<std::string> words{""};
+        bool quoted = false;
+        for (const char c : line) {
+            if (c == '\'')
+                quoted = !quoted;
+            else if (c == ' ' && !quoted)
+                words.emplace_back();
+            else
+                words.back() += c;
+        }
+        std::map<std::string, std::string> env{{"ZEBREADER_REGISTRY", file("registry")}};
+        auto w = words.begin();
+        for (; w != words.end() && w->find('=') != std::string::npos; ++w)
+            env[w->substr(0, w->find('='))] = w->substr(w->find('=') + 1);
+        EXPECT_TRUE(w != words.end() && (*w == "zebreader" || *w == "zebreader-sim")) << line;
+        std::vector<std::string> args{w != words.end() && *w == "zebreader" ? ZEBREADER_TOOL
+                                                                            : ZEBREADER_SIM_TOOL};
+        bool stderrTerminal = false;
+        for (++w; w < words.end(); ++w) {
+            if (*w == "2>tty")
+                stderrTerminal = true;
+            else if (*w == "^C")
+                whileRunning = [sent = false](const std::string& out, pid_t pid) mutable {
+                    if (!sent && out.find('\n') != std::string::npos)
+                        sent = kill(pid, SIGINT) == 0;
+                };
+            else
+                args.push_back(*w);
+        }
+
+        // Output goes to files, read when the tool is done (and by whileRunning as it goes); a
+        // terminal for stderr is drained as it fills. Everything the child needs is made
+        // before fork.
+        const std::string outPath = file(".out"), errPath = file(".err");
+        int terminal = -1;
+        std::string errTo = errPath;
+        if (stderrTerminal) {
+            terminal = posix_openpt(O_RDWR | O_NOCTTY | O_NONBLOCK);
+            if (terminal < 0 || grantpt(terminal) != 0 || unlockpt(terminal) != 0)
+                return {};
+            errTo = ptsname(terminal);
+        }
+        const int out = open(outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
+        const int err = open(errTo.c_str(), O_RDWR | O_CREAT | O_TRUNC | O_NOCTTY | O_CLOEXEC, 0600);
+        std::vector<std::string> envStrings;
+        for (char** e = environ; *e; ++e)
+            if (std::strncmp(*e, "ZEBREADER_COM", 13) != 0 &&
+                !env.count(std::string(*e).substr(0, std::string(*e).find('='))))
+                envStrings.emplace_back(*e);
+        for (const auto& [name, value] : env)
+            envStrings.push_back(name + "=" + value);
+        std::vector<char*> envp{nullptr}, argv{nullptr};
+        for (auto& s : envStrings)
+            envp.insert(envp.end() - 1, s.data());
+        for (auto& s : args)
+            argv.insert(argv.end() - 1, s.data());
+
+        const pid_t pid = fork();
+        if (pid == 0) {
+            // The test process may block signals in its threads; the tool starts clean.
+            sigset_t none;
+            sigemptyset(&none);
+            sigprocmask(SIG_SETMASK, &none, nullptr);
+            if (out < 0 || err < 0 || dup2(out, STDOUT_FILENO) < 0 || dup2(err, STDERR_FILENO) < 0 ||
+                chdir(dir.c_str()) != 0)
+                _exit(126);
+            execve(argv[0], argv.data(), envp.data());
+            _exit(127);
+        }
+        close(out);
+        close(err);
+        ToolResult result;
+        const auto drain = [&] {
+            char buf[4096];
+            for (ssize_t n; terminal >= 0 && (n = read(terminal, buf, sizeof buf)) > 0;)
+                result.err.append(buf, static_cast<std::size_t>(n));
+        };
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+        int wstatus = 0;
+        for (bool killed = false; waitpid(pid, &wstatus, WNOHANG) == 0;) {
+            if (!killed && std::chrono::steady_clock::now() > deadline)
+                killed = kill(pid, SIGKILL) == 0;
+            drain();
+            if (whileRunning && !killed)
+                whileRunning(readFile(outPath), pid);
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        }
+        drain();
+        if (terminal >= 0)
+            close(terminal);
+        result.out = readFile(outPath);
+        if (!stderrTerminal)
+            result.err = readFile(errPath);
+        result.status = WIFEXITED(wstatus) ? WEXITSTATUS(wstatus) : 128 + WTERMSIG(wstatus);
+        return result;
+    }
+
+    // Checks `text` against each of `want`: "=text" is all of it, "~regex" is searched for
+    // (keep its stars off long lines), "!text" must not be in it, anything else is a part of
+    // it.
+    void expectText(const std::string& text, const std::vector<std::string>& want) const
+    {
+        for (const auto& w : want) {
+            const std::string part = w.substr(w.find_first_of("=~!") == 0);
+            if (w[0] == '!')
+                EXPECT_EQ(text.find(part), std::string::npos) << part << " in\n" << text;
+            else if (w[0] == '=')
+                EXPECT_EQ(text, part);
+            else if (w[0] == '~')
+                EXPECT_TRUE(std::regex_search(text, std::regex(part))) << "no " << part << " in\n" << text;
+            else
+                EXPECT_NE(text.find(part), std::string::npos) << "no " << part << " in\n" << text;
+        }
+    }
+
+    std::string dir;
+};
 
 // One side of a sheet in json: a 150 x 48 form with `marks` in its top left corner.
 std::string side(const std::vector<std::vector<int>>& marks)
@@ -74,22 +255,22 @@ std::string xmlProblem(const std::string& doc)
 TEST_F(ZebreaderTool, CommandLines)
 {
     const std::string duplex = "sheet\nbarcode 4711\nside 1\n|X.5|\n|..F|\nside 2\n|1|\n";
-    dir.write("duplex.txt", duplex);
-    dir.write("svg.txt", duplex + "barcode <&>\n");
-    dir.write("csv.txt", duplex + "barcode 9,\"8\"\nsheet\n|X|\n");
-    dir.write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
-    dir.write("side2.txt", "sheet\n|X|\nsheet\n|X|\nside 2\n|.X|\n");
-    dir.write("bad.txt", "sheet\n|..Q|\n");
-    dir.write("file", "x");
-    dir.write("blocker", "a file where the settings folder should be");
-    std::filesystem::create_directories(dir.file("folder"));
-    std::filesystem::create_directories(dir.file("damaged"));
+    write("duplex.txt", duplex);
+    write("svg.txt", duplex + "barcode <&>\n");
+    write("csv.txt", duplex + "barcode 9,\"8\"\nsheet\n|X|\n");
+    write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
+    write("side2.txt", "sheet\n|X|\nsheet\n|X|\nside 2\n|.X|\n");
+    write("bad.txt", "sheet\n|..Q|\n");
+    write("file", "x");
+    write("blocker", "a file where the settings folder should be");
+    std::filesystem::create_directories(file("folder"));
+    std::filesystem::create_directories(file("damaged"));
     const std::string damaged = "this is not a registry file\n";
-    dir.write("damaged/HKEY_CURRENT_USER.reg", damaged);
-    dir.write("site.reg",
-              "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\Imported]\r\n"
-              "\"ScannerType\"=\"24\"\r\n\"ScannerPort\"=\"0\"\r\n\"Duplex\"=\"True\"\r\n"
-              "\"ScannerParity\"=\"E\"\r\n\r\n");
+    write("damaged/HKEY_CURRENT_USER.reg", damaged);
+    write("site.reg",
+          "Windows Registry Editor Version 5.00\r\n\r\n[HKEY_CURRENT_USER\\Software\\Imported]\r\n"
+          "\"ScannerType\"=\"24\"\r\n\"ScannerPort\"=\"0\"\r\n\"Duplex\"=\"True\"\r\n"
+          "\"ScannerParity\"=\"E\"\r\n\r\n");
 
     // Scanners on devices of their own: an EZData behind port 5 only, a ScanMark, one that
     // refuses to read, one that never answers.
@@ -112,11 +293,13 @@ TEST_F(ZebreaderTool, CommandLines)
         {"$EZDATA", ezdata.path()},
         {"$SCANMARK", scanMark.path()},
         {"$REFUSING", refusing.path()},
-        {"$SILENT", silent->path()}};
+        {"$SILENT", silent->path()},
+        {"$D", dir}};
 
     // Each command line comes after its exit status; "> " parts are what it prints on stdout,
     // "2> " parts on stderr (see expectText; \n is a newline). $SIM scans the built-in
-    // OpScan simulator with short waits; the other $ words are the scanners above.
+    // OpScan simulator with short waits; $D is this test's folder; the other $ words are the
+    // scanners above.
     const std::string transcript =
         R"T(
 // The catalogue; both tools name a model the same way.
@@ -271,6 +454,9 @@ TEST_F(ZebreaderTool, CommandLines)
 0 $ONLY5 zebreader firmware --model 'Scantron EZData' --port 5  > =EZData 2.14\n
 0 zebreader firmware --model 23 --device $EZDATA  > =EZData 2.14\n
 1 $NOWHERE zebreader locate --model 23 --start-port 3  > =  2> no Scantron EZData answered on ports 3, 1 to 16
+// Fed by hand, a ScanMark reads a sheet once its status says one is in.
+0 zebreader scan --model 14 --simulate --no-feeder --sheets 1 --sleep 1 --timeout 2
+> {"summary":{"result":true,"sheets":1,"read":1,"cancelScan":true}}\n
 // A ScanMark reads the form saved in the settings; a refused sheet is never printed.
 0 zebreader settings save --settings Software\Desk --model 14 --side1 53:40 --timeout 2 --sleep 1
 0 zebreader scan --settings Software\Desk --device $SCANMARK  > ~^\{"sheet":1,"side1":\{"lbound":\[1,1\],"ubound":\[53,40\],
@@ -330,15 +516,15 @@ TEST_F(ZebreaderTool, CommandLines)
     check();
 
     EXPECT_EQ(ezdata.words(), (std::vector<std::string>{"probe", "V", "V"}));
-    EXPECT_EQ(readFile(dir.file("damaged/HKEY_CURRENT_USER.reg")), damaged);
-    EXPECT_EQ(readFile(dir.file("out.reg")),
+    EXPECT_EQ(readFile(file("damaged/HKEY_CURRENT_USER.reg")), damaged);
+    EXPECT_EQ(readFile(file("out.reg")),
               "Windows Registry Editor Version 5.00\n\n"
               "[HKEY_CURRENT_USER\\Software\\Imported]\n\"ScannerType\"=\"24\"\n"
               "\"ScannerPort\"=\"0\"\n\"Duplex\"=\"True\"\n\"ScannerParity\"=\"E\"\n\n");
     // The trace: a heading, then each chunk in hex and as text, the full status query first. ESC
     // DC2 once: the rejected last sheet is not ejected as well. Position "1" "07" EOT and text "2"
     // "HI" blank EOT on every sheet.
-    const auto text = readFile(dir.file("trace.txt"));
+    const auto text = readFile(file("trace.txt"));
     const auto trace = lines(text);
     ASSERT_GT(trace.size(), 3u);
     EXPECT_EQ(trace[0].rfind("# zebreader trace of COM1 (simulated, /dev/pts/", 0), 0u) << trace[0];
@@ -354,12 +540,69 @@ TEST_F(ZebreaderTool, CommandLines)
     }
     EXPECT_EQ(chunks,
               (std::map<std::string, int>{{"> 1B 12 ", 1}, {"> 31 30 37 04 ", 2}, {"> 32 48 49 20 04 ", 2}}));
-    const auto svg = readFile(dir.file("pics/sheet-0001.svg"));
+    const auto svg = readFile(file("pics/sheet-0001.svg"));
     expectText(
         svg, {"<svg xmlns=\"http://www.w3.org/2000/svg\"", "Side 2", "Barcodes: 4711, &lt;&amp;&gt;</text>"});
     for (const auto* name : {"pics/sheet-0001.svg", "sheet-0001.svg", "sheet-0002.svg"})
-        EXPECT_EQ(xmlProblem(readFile(dir.file(name))), "") << name;
+        EXPECT_EQ(xmlProblem(readFile(file(name))), "") << name;
 }
+
+TEST_F(ZebreaderTool, AHandFedWaitSaysSoAndCtrlCEndsItCleanly)
+{
+    // Two sheets, five asked for, fed by hand: the third read waits until Ctrl-C.
+    write("two.txt", "sheet\n|X|\nsheet\n|.X|\n");
+    bool sent = false;
+    const auto r = run("zebreader scan --model 2 --simulate --timeout 1 --sleep 1 --sheets-file two.txt "
+                       "--no-feeder --sheets 5 --trace trace.txt 2>tty",
+                       [&](const std::string&, pid_t pid) {
+                           // The third sheet's start (DC1) was sent.
+                           const auto trace = readFile(file("trace.txt"));
+                           const std::regex start(" > 11 ");
+                           const std::sregex_iterator starts(trace.begin(), trace.end(), start);
+                           if (!sent && std::distance(starts, std::sregex_iterator()) == 3)
+                               sent = kill(pid, SIGINT) == 0;
+                       });
+    EXPECT_TRUE(sent);
+    EXPECT_EQ(r.status, 0) << r.err;
+    // Three reads were started; the third was stopped before a sheet came.
+    EXPECT_EQ(lines(r.out).back(), R"({"summary":{"result":true,"sheets":3,"read":2,"cancelScan":true}})");
+    for (int sheet = 1; sheet <= 3; ++sheet)
+        expectText(r.err, {"waiting for sheet " + std::to_string(sheet) + ": feed a sheet, Ctrl-C to stop"});
+    expectText(r.err, {"!waiting for sheet 4"});
+    // The port was closed the orderly way: the feeder stopped (SO) at the end.
+    EXPECT_NE(readFile(file("trace.txt")).find(" > 0E "), std::string::npos);
+}
+
+class ZebreaderFamily : public ZebreaderTool, public ::testing::WithParamInterface<int> {};
+
+TEST_P(ZebreaderFamily, ReadsTheSampleSheetsMarkForMark)
+{
+    const int model = GetParam();
+    const auto r =
+        run("zebreader scan --model " + std::to_string(model) + " --simulate --sleep 1 --timeout 2");
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(r.err, "");
+    const auto out = lines(r.out);
+    const auto samples = sim::sampleSheets(model);
+    ASSERT_EQ(out.size(), samples.size() + 1);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        const auto side1 = nlohmann::json::parse(out[i])["side1"];
+        int compared = 0;
+        for (std::size_t row = 0; row < samples[i].side1.size(); ++row)
+            for (std::size_t col = 0; col < samples[i].side1[row].size(); ++col) {
+                const bool marked = samples[i].side1[row][col] > 0;
+                ASSERT_EQ(side1["values"][row][col].get<int>() > 0, marked)
+                    << "sheet " << i + 1 << " row " << row + 1 << " column " << col + 1;
+                compared += marked;
+            }
+        EXPECT_GT(compared, 50);
+    }
+    EXPECT_EQ(out.back(), R"({"summary":{"result":true,"sheets":3,"read":3,"cancelScan":true}})");
+}
+
+// OpScan, ScanMark, 8000 series, PDI, EZData, the ACP-100 that speaks EZData, and the
+// Chatsworth family (the OMR1100, and the ALS AccelScan whose cards wait for an eject).
+INSTANTIATE_TEST_SUITE_P(Simulated, ZebreaderFamily, ::testing::Values(2, 14, 16, 24, 23, 37, 20, 22));
 
 } // namespace
 } // namespace zebreader81::test
