@@ -112,7 +112,6 @@ const FaultCase faults[] = {
             framed("S")),
     answer("Jam", "S", "\x22\r", "The scanner reports a jam.  Clear the transport and retry."),
     answer("SelfTest", "S", "G\x14\r", "The scanner reports a self-test failure."),
-    answer("NoStatus", "S", "", "No answer from the scanner to the status command."),
     answer("StatusRefused", "S", "\x12\x1bS?\r", "The scanner refused the status command."),
     answer("StatusOther", "S", "\x10\x10\r", "Unexpected answer from the scanner to the status command."),
     answer("ConfigOther", "GETCONFIG", "G22 0\r",
@@ -129,7 +128,6 @@ const FaultCase faults[] = {
         "No card was read within the time-out.", "ReadPageCT",
         "..." + framed("E") + framed("S") + framed("D")),
     badCard("ByteBelow32", "!!! \x1f", "Byte 31 in row 3 of the card data is outside 32 to 127."),
-    badCard("ByteAbove127", "!\xc1", "Byte 193 in row 1 of the card data is outside 32 to 127."),
     badCard("CardTooLong", std::string(2 * 127, '!') + "\r", "The card is longer than 126 rows."),
     // A hand-fed card has no time-out; no card comes in unasked after the cancel.
     {"HandFedCancel", zebReaderTypeChatsworthOMR1100, nullptr, Step::Read, 0, "", "", "",
@@ -144,10 +142,6 @@ const ReadCase reads[] = {
      framed("E") + framed("ER")},
     {"OMR2000WithItsHopper", zebReaderTypeChatsworthOMR2000,
      [](SimulatedReader& s) { s.reader.Feeder(true); }, card({{3}, {10}}), 126, 12, 0, 0, 6, 2,
-     framed("E") + framed("ER")},
-    {"ACF200", zebReaderTypeChatsworthACF200, nullptr, card({{3}, {10}}), 126, 12, 0, 0, 6, 2,
-     framed("E") + framed("ER")},
-    {"ACP200", zebReaderTypeChatsworthACP200, nullptr, card({{3}, {10}}), 126, 12, 0, 0, 6, 2,
      framed("E") + framed("ER")},
 };
 INSTANTIATE_TEST_SUITE_P(Chatsworth, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);

@@ -235,9 +235,6 @@ const std::string subscript = "Subscript out of range";
 
 const FaultCase faults[] = {
     // --- OpScan
-    hangUp(
-        "OpScanHangUpInMidPage", opModel, 300, [](SimulatedReader& s) { op(s).addSheet(opscan(40, 1)); },
-        opAt),
     read(
         "OpScanGarbageInsteadOfAPage", opModel, // three stray values: 51 where 48 belong
         [](SimulatedReader& s) { op(s).feedRawOnce(std::string("\x7f\xfe#a!!a\r", 8)); }, 2,
@@ -254,9 +251,6 @@ const FaultCase faults[] = {
         },
         2, noResponse, "There was no response from the scanner while checking status.",
         "basNCS.CheckStatusNCS"),
-    error(
-        "OpScanRowsBeyondTheArrayEnd", opModel, [](SimulatedReader& s) { op(s).addSheet(opscan(170, 4)); }, 9,
-        subscript, opAt),
     read("OpScanNothingAfterTheStart", opModel, nullptr, 2, noResponse,
          "There was no response from the scanner while scanning a page.", opAt),
     read(
@@ -266,7 +260,6 @@ const FaultCase faults[] = {
             op(s).stallNextSheetAfter(100);
         },
         2, noResponse, "There was no response from the scanner while reading data.", opAt),
-    handFedCancel("OpScanCancelWhileWaitingForAHandFedSheet", opModel),
     // A babbling scanner once kept the drain before the first command going for ever.
     error(
         "OpScanLineThatNeverFallsQuiet", opModel, [](SimulatedReader& s) { s.peer().babble("5"); }, 9,
@@ -275,9 +268,6 @@ const FaultCase faults[] = {
     hangUp(
         "ScanMarkHangUpInMidTransfer", smModel, scanmarkStatus + 100,
         [](SimulatedReader& s) { sm(s).addSheet(scanmark(1)); }, smAt),
-    // A state character that means nothing fails without a message.
-    read("ScanMarkGarbageForTheStatus", smModel,
-         [](SimulatedReader& s) { s.peer().garble(scanmarkStatus, 1); }),
     {"ScanMarkGarbageForTheResetAnswer",
      smModel,
      [](SimulatedReader& s) {
@@ -304,8 +294,6 @@ const FaultCase faults[] = {
         "scanned "
         "data.",
         smAt),
-    read("ScanMarkSilence", smModel, silence, 2, "Initialize Error", scantronNoAnswer,
-         "basScantron.CheckStatusST"),
     read("ScanMarkStatusReplyCutShort", smModel, stall(scanmarkStatus - 1), 2, "Initialize Error",
          scantronNoAnswer, "basScantron.CheckStatusST"),
     handFedCancel("ScanMarkCancelWhileHandFeeding", smModel),
@@ -316,9 +304,6 @@ const FaultCase faults[] = {
                     s.peer().stallAfter(scanmarkStatus);
                 }),
     // --- PDI
-    hangUp(
-        "PdiHangUpInMidSheet", pdModel, pdiStatus + 81, // the status, the LF and 40 whole rows
-        [](SimulatedReader& s) { pd(s).addSheet(cards(40, pdiMark)); }, pdAt),
     read(
         "PdiGarbageForTheStatus", pdModel, // its second character (1) reads as the back sensor
         [](SimulatedReader& s) { s.peer().garble(pdiStatus, 1); }, 2, "Status Error",
@@ -355,11 +340,7 @@ const FaultCase faults[] = {
                     pd(s).addSheet(cards(40, pdiMark));
                     s.peer().stallAfter(pdiStatus + 41);
                 }),
-    quietCancel("PdiCancelWhileASheetIsAwaited", pdModel, 2), // "Q" and "8", then nothing
     // --- EZData
-    hangUp(
-        "EZDataHangUpInMidSheet", ezModel, 2 + 10, // the enable answer and ten bytes of the sheet
-        [](SimulatedReader& s) { ez(s).addSheet(cards(40)); }, ezAt),
     read(
         "EZDataGarbageForTheEnableAnswer", ezModel,
         [](SimulatedReader& s) { ez(s).overrideAnswer("E", "x#"); }, 2, ezTitle, ezEnable("ENABLE1)."), ezAt),
@@ -371,19 +352,12 @@ const FaultCase faults[] = {
                 s.peer().sentCount() + 2, [p = &s.peer()] { p->inject("\x21\x60\x85"); }, 700ms);
         },
         2, ezTitle, ezEnable("ENABLE2): \x21\x60\x85"), ezAt),
-    read("EZDataSilence", ezModel, silence, 2, ezTitle, ezEnable("ENABLE1)."), ezAt),
-    read(
-        "EZDataEnableAnswerCutShort", ezModel, [](SimulatedReader& s) { ez(s).overrideAnswer("E", "G"); }, 2,
-        ezTitle, ezEnable("ENABLE1)."), ezAt),
     error(
         "EZDataRowsBeyondTheArrayEnd", ezModel, [](SimulatedReader& s) { ez(s).addSheet(cards(160)); }, 9,
         subscript, ezAt),
     // Only the cancel ends the wait for the sheet.
     quietCancel("EZDataCancelWhileTheSheetIsAwaited", ezModel, enable.size()),
     // --- Chatsworth
-    hangUp(
-        "ChatsworthHangUpInMidCard", ctModel, 2 + 10, // the enable answer and ten bytes of the card
-        [](SimulatedReader& s) { ct(s).addSheet(cards(40)); }, ctAt),
     read(
         "ChatsworthJamInMidCardIsToldByTheStatus", ctModel,
         [](SimulatedReader& s) {

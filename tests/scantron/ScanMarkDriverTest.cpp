@@ -212,13 +212,6 @@ FaultCase status(const char* name, Sim::StatusFault fault, std::string title, st
 const FaultCase faults[] = {
     {"EmptyHopper", zebReaderTypeScantronScanMark2000, [](SimulatedReader& s) { form(s.reader, {2}, {2}); },
      Step::Read, 0, "", "", "", "...<ESC>FRM=LS<CR><ESC>QSTS<CR>"},
-    {"HandFedCancel", zebReaderTypeScantronScanMarkES2010,
-     [](SimulatedReader& s) {
-         form(s.reader, {2}, {2});
-         s.reader.Feeder(false);
-     },
-     Step::Read, 0, "", "", "", "...<ESC>QSTS<CR>",
-     [](SimulatedReader& s) { EXPECT_EQ(sm(s).sheetsRead(), 0); }, cancel, std::chrono::milliseconds(300)},
     status("JamBeforeDoubleFeed", Sim::StatusFault::JamAndDoubleFeed, "Paper Jam",
            "The Scantron scanner reports a paper jam. Please clear the jam and try again."),
     status("DoubleFeed", Sim::StatusFault::DoubleFeed, "Double Feed",
@@ -230,25 +223,10 @@ const FaultCase faults[] = {
         "The Scantron scanner reported a timing line error. Make sure that the form corresponds to the open "
         "template and that it was not skewed when scanning. Please rescan.",
         "basScantron.heckStatusST"),
-    {"StalledTransfer", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) {
-         form(s.reader, {4}, {4});
-         s.load(patternSheet(4, 4));
-         sm(s).stallAfter(12 + 12 + 50); // two status replies, then 50 of the 192 mark characters
-     },
-     Step::Read, 2, "Read Error",
-     "There was no response from the Scantron scanner. The scanner timed out waiting to receive the scanned "
-     "data.",
-     "basScantron.ReadPageST", "...<ESC>READ 5 Y<CR>"},
-    {"ResetRefused", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) { sm(s).rejectCommand("SRST"); }, Step::Start, 2, "Reset Error",
-     "An error occurred trying to reset the Scantron scanner.  Please power the scanner off and on and retry "
-     "the operation.",
-     "basScantron.ResetReaderST", "<ESC>SRST<CR>"}, // no download after a failed reset
     {"ResetUnanswered", zebReaderTypeScantronScanMark2000,
      [](SimulatedReader& s) { s.peer().setSilent(true); }, Step::Start, 2, "No Response",
      "There was no response from the Scantron scanner. Could not initialize!", "basScantron.ResetReaderST",
-     "<ESC>SRST<CR>"},
+     "<ESC>SRST<CR>"}, // no download after a failed reset
 };
 INSTANTIATE_TEST_SUITE_P(ScanMark, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
 
