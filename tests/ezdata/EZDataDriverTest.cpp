@@ -10,15 +10,6 @@ using Sim = sim::EZDataSimulator;
 using Words = std::vector<std::string>;
 Sim& ez(SimulatedReader& s) { return s.scanner<Sim>(); }
 
-// The frames of these words as the driver sends them, shown.
-std::string framed(const Words& words)
-{
-    std::string out;
-    for (const auto& w : words)
-        out += "<DC2><ESC>" + w + "<DC2>E";
-    return out;
-}
-
 struct EZData : ::testing::Test, SimulatedReader {
     EZData() : SimulatedReader(zebReaderTypeNCSEZData) {}
     Sim& scanner() { return ez(*this); }

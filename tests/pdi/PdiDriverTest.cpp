@@ -41,26 +41,12 @@ TEST_F(Pdi, InitBringsTheThresholdToTheWantedValueAndAnswersStatusBits)
     EXPECT_TRUE(quiet());
 }
 
-FaultCase statusFault(const char* name, int status, std::string message)
-{
-    FaultCase c{name,
-                zebReaderTypePDIVMR138,
-                nullptr,
-                Step::Start,
-                2,
-                "Status Error",
-                std::move(message),
-                "basPeripheralDynamics.CheckStatusPD",
-                "0Q4"};
-    c.arrange = [status](SimulatedReader& s) { pdi(s).setStatus(status); };
-    c.check = [](SimulatedReader& s) { EXPECT_EQ(pdi(s).ejects(), 1); };
-    return c;
-}
-
 const FaultCase faults[] = {
-    statusFault("FrontSensor", 2 | 64,
-                "The PDI scanner reports a front sensor error.  Either a form is present or the scanner is "
-                "improperly closed. Please clear any form from the front of the scanner and try again."),
+    {"FrontSensor", zebReaderTypePDIVMR138, [](SimulatedReader& s) { pdi(s).setStatus(2 | 64); }, Step::Start,
+     2, "Status Error",
+     "The PDI scanner reports a front sensor error.  Either a form is present or the scanner is improperly "
+     "closed. Please clear any form from the front of the scanner and try again.",
+     "basPeripheralDynamics.CheckStatusPD", "0Q4", [](SimulatedReader& s) { EXPECT_EQ(pdi(s).ejects(), 1); }},
     {"SilentWhateverTheTimeOut", zebReaderTypePDIVMR138,
      [](SimulatedReader& s) {
          s.reader.TimeOut(600); // the status wait runs on its own 1000 ms

@@ -10,24 +10,6 @@ using Sim = sim::ScanMarkSimulator;
 using Strings = std::vector<std::string>;
 Sim& sm(SimulatedReader& s) { return s.scanner<Sim>(); }
 
-SafeArray<int16_t> perSheet(const std::vector<int16_t>& values)
-{
-    auto a = SafeArray<int16_t>::vector(0, static_cast<int32_t>(values.size()));
-    int32_t i = 1;
-    for (int16_t v : values)
-        a(i++) = v;
-    return a;
-}
-
-void form(clsZEBReader& reader, const std::vector<int16_t>& rows1, const std::vector<int16_t>& cols1,
-          const std::vector<int16_t>& rows2 = {}, const std::vector<int16_t>& cols2 = {})
-{
-    reader.Side1Rows(perSheet(rows1));
-    reader.Side1Cols(perSheet(cols1));
-    reader.Side2Rows(perSheet(rows2));
-    reader.Side2Cols(perSheet(cols2));
-}
-
 std::shared_ptr<clsZEBReaderWindow> area(int16_t startRow, int16_t numRows, int16_t rowGap, int16_t startCol,
                                          int16_t numCols, int16_t colGap, int16_t page, int16_t orientation)
 {

@@ -64,6 +64,32 @@ SafeArray<int16_t> expectedSide(const sim::Sheet& sheet, int side, int rows, int
     return out;
 }
 
+SafeArray<int16_t> perSheet(const std::vector<int16_t>& values)
+{
+    auto a = SafeArray<int16_t>::vector(0, static_cast<int32_t>(values.size()));
+    int32_t i = 1;
+    for (int16_t v : values)
+        a(i++) = v;
+    return a;
+}
+
+void form(clsZEBReader& reader, const std::vector<int16_t>& rows1, const std::vector<int16_t>& cols1,
+          const std::vector<int16_t>& rows2, const std::vector<int16_t>& cols2)
+{
+    reader.Side1Rows(perSheet(rows1));
+    reader.Side1Cols(perSheet(cols1));
+    reader.Side2Rows(perSheet(rows2));
+    reader.Side2Cols(perSheet(cols2));
+}
+
+std::string framed(const std::vector<std::string>& words)
+{
+    std::string out;
+    for (const auto& w : words)
+        out += "<DC2><ESC>" + w + "<DC2>E";
+    return out;
+}
+
 std::string shown(std::string_view bytes)
 {
     static const char* const names[32] = {"NUL", "SOH", "STX", "ETX", "EOT", "ENQ", "ACK", "BEL",
