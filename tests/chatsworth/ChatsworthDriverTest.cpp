@@ -71,15 +71,9 @@ TEST_F(Chatsworth, AccelScanCardWaitsForRejectOrEjectAndGoesOnBeforeTheNextIsFed
 FaultCase fault(const char* name, std::function<void(SimulatedReader&)> arrange, Step step,
                 std::string message, const char* procedure, std::string wire)
 {
-    FaultCase c{name,
-                zebReaderTypeChatsworthOMR1100,
-                nullptr,
-                step,
-                2,
-                "Chatsworth Scanner Error",
-                "Chatsworth Scanner - " + message,
-                std::string("basChatsworth.") + procedure,
-                std::move(wire)};
+    FaultCase c(name, zebReaderTypeChatsworthOMR1100, nullptr, step, 2, "Chatsworth Scanner Error",
+                "Chatsworth Scanner - " + message, std::string("basChatsworth.") + procedure,
+                std::move(wire));
     c.arrange = std::move(arrange);
     return c;
 }

@@ -61,15 +61,8 @@ const std::string kRead = "basNCSEZData.ReadPageNCSEZ";
 FaultCase fault(const char* name, std::function<void(Sim&)> arrange, Step step, std::string message,
                 std::string location, std::string wire)
 {
-    FaultCase c{name,
-                zebReaderTypeNCSEZData,
-                nullptr,
-                step,
-                2,
-                "EZData Scanner Error",
-                "EZData Scanner - " + message,
-                location,
-                std::move(wire)};
+    FaultCase c(name, zebReaderTypeNCSEZData, nullptr, step, 2, "EZData Scanner Error",
+                "EZData Scanner - " + message, location, std::move(wire));
     c.arrange = [arrange](SimulatedReader& s) { arrange(ez(s)); };
     return c;
 }

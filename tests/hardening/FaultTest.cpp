@@ -131,16 +131,8 @@ Check recovers(bool newLine = false, Check first = nullptr)
 FaultCase read(const char* name, zebReaderType model, Check fault, int32_t kind = 0, std::string title = {},
                std::string message = {}, std::string location = {}, Check check = recovers())
 {
-    FaultCase c{name,
-                model,
-                model == smModel ? pageForm : Check{},
-                Step::Read,
-                kind,
-                std::move(title),
-                std::move(message),
-                std::move(location),
-                {},
-                std::move(check)};
+    FaultCase c(name, model, model == smModel ? pageForm : Check{}, Step::Read, kind, std::move(title),
+                std::move(message), std::move(location), {}, std::move(check));
     c.started = std::move(fault);
     return c;
 }

@@ -102,15 +102,9 @@ FaultCase statusFault(const char* name, uint8_t a, uint8_t b, bool rejecter, std
                       std::string message)
 {
     const bool reported = !title.empty();
-    FaultCase c{name,
-                zebReaderTypeNCSOpScan2,
-                nullptr,
-                Step::Read,
-                2,
-                title,
-                message,
+    FaultCase c(name, zebReaderTypeNCSOpScan2, nullptr, Step::Read, 2, title, message,
                 reported ? "basNCS.CheckStatusNCS" : "",
-                rejecter && reported ? "...s1<ESC><DC2>" : "...<DC1>s1"};
+                rejecter && reported ? "...s1<ESC><DC2>" : "...<DC1>s1");
     c.arrange = [=](SimulatedReader& s) {
         s.reader.Rejecter(rejecter), s.load(patternSheet(5, 47)), op(s).setStatusBits(a, b);
     };

@@ -175,15 +175,8 @@ TEST_F(ScanMark, PageModeFieldRefusalsCarryTheirOwnPunctuation)
 FaultCase status(const char* name, Sim::StatusFault fault, std::string title, std::string message,
                  std::string location = "basScantron.CheckStatusST")
 {
-    FaultCase c{name,
-                zebReaderTypeScantronScanMark2000,
-                nullptr,
-                Step::Read,
-                2,
-                std::move(title),
-                std::move(message),
-                std::move(location),
-                "...<ESC>QSTS<CR>"};
+    FaultCase c(name, zebReaderTypeScantronScanMark2000, nullptr, Step::Read, 2, std::move(title),
+                std::move(message), std::move(location), "...<ESC>QSTS<CR>");
     c.arrange = [fault](SimulatedReader& s) {
         form(s.reader, {1}, {1}), s.load(patternSheet(1, 1)), sm(s).statusFault(fault);
     };
