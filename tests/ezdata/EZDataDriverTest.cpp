@@ -121,10 +121,6 @@ const FaultCase faults[] = {
         "EnableRefused", [](Sim& s) { s.overrideAnswer("E", "?\r"); }, Step::Read,
         "Unexpected data returned from scanner (ENABLE?).", kRead, framed({"GETCONFIG", "S", "E"})),
     fault(
-        "DisableNotAccepted", [](Sim& s) { s.overrideAnswer("D", "X\r"); }, Step::End,
-        "Unexpected data returned from scanner (DISABLE1).", "basNCSEZData.CloseReaderNCSEZ",
-        framed({"GETCONFIG", "S", "D"})),
-    fault(
         "DisableUnanswered", [](Sim& s) { s.overrideAnswer("D", ""); }, Step::End,
         "Unexpected data returned from scanner (DISABLE1).", "basNCSEZData.CloseReaderNCSEZ",
         framed({"GETCONFIG", "S", "D"})),

@@ -170,7 +170,6 @@ FaultCase quietCancel(const char* name, zebReaderType model, std::size_t sent, C
         cancelAfterSent(s, sent);
     });
 }
-void silence(SimulatedReader& s) { s.peer().setSilent(true); }
 Check stall(std::size_t after)
 {
     return [after](SimulatedReader& s) { s.peer().stallAfter(after); };
@@ -261,7 +260,8 @@ const FaultCase faults[] = {
         c.check = recovers(false, [](SimulatedReader& s) { s.reader.Feeder(true); });
         return c;
     }(),
-    quietCancel("ScanMarkCancelAwaitingTheStatus", smModel, 6, silence), // the status query, unanswered
+    quietCancel("ScanMarkCancelAwaitingTheStatus", smModel, 6,
+                [](SimulatedReader& s) { s.peer().setSilent(true); }), // the status query, unanswered
     quietCancel("ScanMarkCancelAwaitingTheMarks", smModel, 16, // the status query (6 bytes) and the read (10)
                 [](SimulatedReader& s) {
                     sm(s).addSheet(scanmark(1));
@@ -279,11 +279,6 @@ const FaultCase faults[] = {
         "Threshold Initialization Error",
         "The PDI scanner returned an invalid threshold setting.  Please reset the scanner and retry.",
         "basPeripheralDynamics.SetRecThresholdPD"),
-    read("PdiSilence", pdModel, silence, 2, "Status Error",
-         "The PDI scanner did not respond to a STATUS request.  Make sure the scanner is connected and "
-         "powered "
-         "on.",
-         pdStatusAt),
     error("PdiStatusReplyCutShort", pdModel, stall(1), 5, "Invalid procedure call or argument", pdStatusAt),
     error(
         "PdiRowsBeyondTheArrayEnd", pdModel, [](SimulatedReader& s) { pd(s).addSheet(cards(520, pdiMark)); },

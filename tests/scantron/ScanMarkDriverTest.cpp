@@ -42,23 +42,16 @@ TEST_F(ScanMark, PageFormsAreDownloadedPerSideAndModel)
         Strings download;
     };
     const Strings sideOne{"FRM=FS 6 0 5 N N N", "FRM=DK 1 1 1 6 5 L 6 5", "FRM=LS"};
-    const std::vector<int16_t> one{6}, five{5}, three{3}, four{4}, none{0};
+    const Strings threeSheets{
+        "FRM=FS 10 0 20 N N N", "FRM=DK 1 1 1 10 20 L 10 20", "FRM=LS", "FRM=FS 0 0 8 N N N", "FRM=LS",
+        "FRM=FS 4 0 50 N N N",  "FRM=DK 1 1 1 4 50 L 4 50",   "FRM=LS"};
+    // The 8000 gets its threshold first and a mark-column record per side.
+    const Strings model8000{"THR= 9", "FRM=FS 6 3 5 N N N", "FRM=MC Y N 1 1 1 1 6 5 L 6 5 11111",
+                            "FRM=MC Y N 1 2 1 1 3 4 L 3 4 1111", "FRM=LS"};
+    const std::vector<int16_t> one{6}, five{5}, three{3}, four{4}, none{0}, rows{10, 0, 4}, cols{20, 8, 50};
     const Case cases[] = {
-        {zebReaderTypeScantronScanMark2000,
-         false,
-         false,
-         {{10, 0, 4}, {20, 8, 50}, {}, {}},
-         48,
-         {"FRM=FS 10 0 20 N N N", "FRM=DK 1 1 1 10 20 L 10 20", "FRM=LS", "FRM=FS 0 0 8 N N N", "FRM=LS",
-          "FRM=FS 4 0 50 N N N", "FRM=DK 1 1 1 4 50 L 4 50", "FRM=LS"}},
-        // The 8000 gets its threshold first and a mark-column record per side.
-        {zebReaderTypeScantron8000,
-         true,
-         true,
-         {one, five, three, four},
-         0,
-         {"THR= 9", "FRM=FS 6 3 5 N N N", "FRM=MC Y N 1 1 1 1 6 5 L 6 5 11111",
-          "FRM=MC Y N 1 2 1 1 3 4 L 3 4 1111", "FRM=LS"}},
+        {zebReaderTypeScantronScanMark2000, false, false, {rows, cols, {}, {}}, 48, threeSheets},
+        {zebReaderTypeScantron8000, true, true, {one, five, three, four}, 0, model8000},
         // A duplex scanner with a single-sided form defines no side 2; a duplex form with an
         // empty second side still starts with its row count.
         {zebReaderTypeScantronScanMark4000, true, false, {one, five, three, four}, 48, sideOne},
