@@ -1,4 +1,5 @@
 // The ScanMark driver end to end: form download, reads, routing and faults against the simulator.
+#include "WindowArea.h"
 #include "drivers/scantron/basScantron.h"
 #include "sim/scantron/ScanMarkSimulator.h"
 #include "support/SimulatedReader.h"
@@ -9,16 +10,6 @@ namespace {
 using Sim = sim::ScanMarkSimulator;
 using Strings = std::vector<std::string>;
 Sim& sm(SimulatedReader& s) { return s.scanner<Sim>(); }
-
-std::shared_ptr<clsZEBReaderWindow> area(int16_t startRow, int16_t numRows, int16_t rowGap, int16_t startCol,
-                                         int16_t numCols, int16_t colGap, int16_t page, int16_t orientation)
-{
-    auto w = std::make_shared<clsZEBReaderWindow>();
-    w->StartRow(startRow), w->NumRows(numRows), w->RowGap(rowGap);
-    w->StartCol(startCol), w->NumCols(numCols), w->ColGap(colGap);
-    w->Page(page), w->Orientation(orientation);
-    return w;
-}
 
 struct ScanMark : ::testing::Test, SimulatedReader {
     explicit ScanMark(zebReaderType model = zebReaderTypeScantronScanMark2000) : SimulatedReader(model) {}

@@ -1,9 +1,9 @@
 // ScanMark wire protocol on bytes: commands, field records, the field walk, status replies and
 // where each mark character lands.
+#include "WindowArea.h"
 #include "drivers/scantron/ScanMarkCommands.h"
 #include "drivers/scantron/ScanMarkMarks.h"
 #include "drivers/scantron/ScanMarkStatus.h"
-#include "zebreader81/clsZEBReaderWindows.h"
 
 #include <gtest/gtest.h>
 
@@ -11,17 +11,6 @@ namespace zebreader81::test {
 namespace {
 
 using namespace scanmark;
-
-std::shared_ptr<clsZEBReaderWindow> area(int16_t startRow, int16_t numRows, int16_t rowGap, int16_t startCol,
-                                         int16_t numCols, int16_t colGap, int16_t page = 1,
-                                         int16_t orientation = 1)
-{
-    auto w = std::make_shared<clsZEBReaderWindow>();
-    w->StartRow(startRow), w->NumRows(numRows), w->RowGap(rowGap);
-    w->StartCol(startCol), w->NumCols(numCols), w->ColGap(colGap);
-    w->Page(page), w->Orientation(orientation);
-    return w;
-}
 
 std::string f(const std::string& text) { return "\x1b" + text + "\r"; }
 
