@@ -125,8 +125,11 @@ const FaultCase faults[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Chatsworth, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
 
+// Rows 1 to 12 have one mark each, in column n; row 13 is blank (it counts), row 14 full.
+const std::vector<int> everyColumn{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+const sim::Sheet bitByBit =
+    card({{1}, {2}, {3}, {4}, {5}, {6}, {7}, {8}, {9}, {10}, {11}, {12}, {}, everyColumn});
 // The card leaves to the rear.
-const sim::Sheet bitByBit = diagonalCard();
 const ReadCase reads[] = {
     {"OMR1100", zebReaderTypeChatsworthOMR1100, nullptr, bitByBit, 126, 12, 0, 0, 6, 14, framed({"E", "ER"})},
     {"OMR2000WithItsHopper", zebReaderTypeChatsworthOMR2000,

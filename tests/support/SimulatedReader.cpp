@@ -42,14 +42,6 @@ sim::Sheet card(const std::vector<std::vector<int>>& markedColumns)
     return s;
 }
 
-sim::Sheet diagonalCard()
-{
-    std::vector<std::vector<int>> rows(14);
-    for (int n = 1; n <= 12; ++n)
-        rows[static_cast<std::size_t>(n - 1)] = {n}, rows[13].push_back(n);
-    return card(rows);
-}
-
 SafeArray<int16_t> expectedSide(const sim::Sheet& sheet, int side, int rows, int cols, int mark)
 {
     auto out = SafeArray<int16_t>::matrix(1, rows, 1, cols);

@@ -26,8 +26,6 @@ sim::Sheet patternSheet(int rows1, int cols1, int rows2 = 0, int cols2 = 0, int 
                         std::vector<std::string> barcodes = {});
 /// A 12-column card: one row per entry, strength 9 in each listed column (from 1).
 sim::Sheet card(const std::vector<std::vector<int>>& markedColumns);
-/// A card whose rows 1 to 12 have one mark each, in column n; row 13 is blank (it counts), row 14 full.
-sim::Sheet diagonalCard();
 /// What a side of `sheet` reads as in a rows x cols array: the strengths as sent, or `mark`
 /// for every cell above 0 when mark >= 0; cells outside the sheet stay 0.
 SafeArray<int16_t> expectedSide(const sim::Sheet& sheet, int side, int rows, int cols, int mark = -1);
