@@ -52,12 +52,11 @@ void pageForm(SimulatedReader& s) { form(s.reader, {10}, {20}, {0}, {0}); }
 const std::string enable = std::string("\x12\x1b") + "E" + "\x12" + "E";
 constexpr std::size_t scanmarkStatus = 12, pdiStatus = 3;
 
-template <class T> T& sim(SimulatedReader& s) { return s.scanner<T>(); }
-auto& op(SimulatedReader& s) { return sim<sim::OpScanSimulator>(s); }
-auto& sm(SimulatedReader& s) { return sim<sim::ScanMarkSimulator>(s); }
-auto& pd(SimulatedReader& s) { return sim<sim::PdiSimulator>(s); }
-auto& ez(SimulatedReader& s) { return sim<sim::EZDataSimulator>(s); }
-auto& ct(SimulatedReader& s) { return sim<sim::ChatsworthSimulator>(s); }
+auto& op(SimulatedReader& s) { return s.scanner<sim::OpScanSimulator>(); }
+auto& sm(SimulatedReader& s) { return s.scanner<sim::ScanMarkSimulator>(); }
+auto& pd(SimulatedReader& s) { return s.scanner<sim::PdiSimulator>(); }
+auto& ez(SimulatedReader& s) { return s.scanner<sim::EZDataSimulator>(); }
+auto& ct(SimulatedReader& s) { return s.scanner<sim::ChatsworthSimulator>(); }
 
 struct Good {
     sim::Sheet sheet;
