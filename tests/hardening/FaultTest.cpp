@@ -32,7 +32,7 @@ sim::Sheet sheetOf(int rows, int cols, const std::function<int(int, int)>& stren
 }
 
 // OpScan: 48 columns of strengths and a barcode; the card readers: a mark where (r + c) % 3 is 0
-// (PDI: (r + 2c) % 5); ScanMark: 10 x 20 strengths.
+// (PDI: (r + 2c) % 5); ScanMark: 10 x 20 strengths (r + 2c + seed) % 13.
 sim::Sheet opscan(int rows, int seed)
 {
     auto s = sheetOf(rows, 48, [seed](int r, int c) { return ((r - 1) * 3 + (c - 1) + seed) % 16; });
@@ -45,70 +45,48 @@ sim::Sheet cards(int rows, bool (*marked)(int, int) = cardMark)
 {
     return sheetOf(rows, 12, [marked](int r, int c) { return marked(r, c) ? 9 : 0; });
 }
-int scanmarkStrength(int r, int c, int seed) { return (r + 2 * c + seed) % 13; }
-sim::Sheet scanmark(int seed)
-{
-    return sheetOf(10, 20, [seed](int r, int c) { return scanmarkStrength(r, c, seed); });
-}
-SafeArray<int16_t> perSheet(int16_t value)
-{
-    auto a = SafeArray<int16_t>::vector(0, 1);
-    a(1) = value;
-    return a;
-}
+sim::Sheet scanmark(int seed) { return patternSheet(10, 20, 0, 0, seed - 5); }
 // The ScanMark reads a page form of 10 x 20.
-void pageForm(SimulatedReader& s)
-{
-    s.reader.RecognitionMode(zebRecognitionTypePage);
-    s.reader.Side1Rows(perSheet(10)), s.reader.Side1Cols(perSheet(20));
-    s.reader.Side2Rows(perSheet(0)), s.reader.Side2Cols(perSheet(0));
-}
+void pageForm(SimulatedReader& s) { form(s.reader, {10}, {20}, {0}, {0}); }
 
 const std::string enable = std::string("\x12\x1b") + "E" + "\x12" + "E";
 constexpr std::size_t scanmarkStatus = 12, pdiStatus = 3;
 
-template <class T> T& sim(SimulatedReader& s) { return s.scanner<T>(); }
-auto& op(SimulatedReader& s) { return sim<sim::OpScanSimulator>(s); }
-auto& sm(SimulatedReader& s) { return sim<sim::ScanMarkSimulator>(s); }
-auto& pd(SimulatedReader& s) { return sim<sim::PdiSimulator>(s); }
-auto& ez(SimulatedReader& s) { return sim<sim::EZDataSimulator>(s); }
-auto& ct(SimulatedReader& s) { return sim<sim::ChatsworthSimulator>(s); }
+auto& op(SimulatedReader& s) { return s.scanner<sim::OpScanSimulator>(); }
+auto& sm(SimulatedReader& s) { return s.scanner<sim::ScanMarkSimulator>(); }
+auto& pd(SimulatedReader& s) { return s.scanner<sim::PdiSimulator>(); }
+auto& ez(SimulatedReader& s) { return s.scanner<sim::EZDataSimulator>(); }
+auto& ct(SimulatedReader& s) { return s.scanner<sim::ChatsworthSimulator>(); }
 
-void addGoodSheet(SimulatedReader& s)
+struct Good {
+    sim::Sheet sheet;
+    int rows, cols, mark;
+};
+// A sheet each family reads whole, the bounds of its array and what a mark reads as.
+Good good(zebReaderType model)
 {
-    switch (s.reader.ReaderType()) {
-    case opModel: op(s).addSheet(opscan(30, 5)); break;
-    case smModel: sm(s).addSheet(scanmark(3)); break;
-    case pdModel: pd(s).addSheet(cards(30, pdiMark)); break;
-    case ezModel: ez(s).addSheet(cards(25)); break;
-    default: ct(s).addSheet(cards(25)); break;
+    switch (model) {
+    case opModel: return {opscan(30, 5), 150, 48, -1};
+    case smModel: return {scanmark(3), 10, 20, -1};
+    case pdModel: return {cards(30, pdiMark), 500, 14, 241};
+    case ezModel: return {cards(25), 150, 12, 6};
+    default: return {cards(25), 126, 12, 6};
     }
 }
 
 void expectGoodSheet(SimulatedReader& s)
 {
-    const auto& m = s.events->side1.back();
-    auto cardsRead = [&](int rows, bool (*marked)(int, int), int16_t mark) {
-        for (int r : {1, 2, rows / 2, rows})
-            for (int c = 1; c <= 12; ++c)
-                EXPECT_EQ(m(r, c), marked(r, c) ? mark : 0) << r << "," << c;
-        EXPECT_EQ(m(rows + 1, 2), 0);
-        EXPECT_EQ(s.reader.Side1TimingMarks(), rows);
-    };
-    switch (s.reader.ReaderType()) {
-    case opModel:
-        EXPECT_EQ(m(1, 1), 5);
-        EXPECT_EQ(m(30, 47), (29 * 3 + 46 + 5) % 16);
-        EXPECT_EQ(m(31, 1), 0);
+    const auto model = s.reader.ReaderType();
+    const auto g = good(model);
+    auto expected = expectedSide(g.sheet, 1, g.rows, g.cols, g.mark);
+    for (int r = 1; model == opModel && r <= g.rows; ++r)
+        expected(r, 48) = 0; // the last column carries no mark
+    EXPECT_EQ(s.events->side1.back(), expected);
+    if (model != smModel) {
+        EXPECT_EQ(s.reader.Side1TimingMarks(), static_cast<int>(g.sheet.side1.size()));
+    }
+    if (model == opModel) {
         EXPECT_EQ(s.events->barcodes.back()(1), "42");
-        EXPECT_EQ(s.reader.Side1TimingMarks(), 30);
-        break;
-    case smModel:
-        for (auto [r, c] : {std::pair{1, 1}, {10, 20}, {4, 7}})
-            EXPECT_EQ(m(r, c), scanmarkStrength(r, c, 3));
-        break;
-    case pdModel: cardsRead(30, pdiMark, 241); break;
-    default: cardsRead(25, cardMark, 6); break;
     }
 }
 
@@ -134,7 +112,7 @@ Check recovers(bool newLine = false, Check first = nullptr)
         s.errors.host->reports.clear();
         const auto before = s.events->sheets;
         ASSERT_TRUE(s.reader.StartReader());
-        addGoodSheet(s);
+        s.load(good(model).sheet);
         ASSERT_TRUE(s.reader.ReadPage());
         EXPECT_TRUE(s.quiet());
         ASSERT_EQ(s.events->sheets, before + 1);
@@ -147,25 +125,13 @@ Check recovers(bool newLine = false, Check first = nullptr)
         }
     };
 }
-Check number(int32_t n)
-{
-    return [n](SimulatedReader& s) { EXPECT_EQ(s.errors.host->only().number, n); };
-}
 
 // A read that fails: `fault` set once the reader has started.
 FaultCase read(const char* name, zebReaderType model, Check fault, int32_t kind = 0, std::string title = {},
                std::string message = {}, std::string location = {}, Check check = recovers())
 {
-    FaultCase c{name,
-                model,
-                model == smModel ? pageForm : Check{},
-                Step::Read,
-                kind,
-                std::move(title),
-                std::move(message),
-                std::move(location),
-                {},
-                std::move(check)};
+    FaultCase c(name, model, model == smModel ? pageForm : Check{}, Step::Read, kind, std::move(title),
+                std::move(message), std::move(location), {}, std::move(check));
     c.started = std::move(fault);
     return c;
 }
@@ -174,19 +140,20 @@ FaultCase error(const char* name, zebReaderType model, Check fault, int32_t n, s
                 std::string location, bool newLine = false)
 {
     return read(name, model, std::move(fault), 0, "", std::move(message), std::move(location),
-                recovers(newLine, number(n)));
+                recovers(newLine, [n](SimulatedReader& s) { EXPECT_EQ(s.errors.host->only().number, n); }));
 }
-// The line goes dead once the scanner has sent `replies` bytes in all, in mid-sheet.
-FaultCase hangUp(const char* name, zebReaderType model, std::size_t replies, Check sheet,
-                 std::string location)
+// A start that fails: `fault` set before it.
+FaultCase start(const char* name, zebReaderType model, Check fault, std::string title, std::string message,
+                std::string location)
 {
-    auto fault = [replies, sheet](SimulatedReader& s) {
-        sheet(s);
-        s.peer().stallAfter(replies);
-        s.peer().whenSent(
-            s.peer().sentCount() + replies, [p = &s.peer()] { p->hangUp(); }, 50ms);
+    auto c = read(name, model, nullptr, 2, std::move(title), std::move(message), std::move(location));
+    c.step = Step::Start;
+    c.arrange = [fault, form = c.arrange](SimulatedReader& s) {
+        if (form)
+            form(s);
+        fault(s);
     };
-    return error(name, model, fault, 8020, "Error reading comm device", std::move(location), true);
+    return c;
 }
 // Sets CancelScan a moment after the driver has sent `more` bytes, so that it is waiting.
 void cancelAfterSent(SimulatedReader& s, std::size_t more)
@@ -202,18 +169,6 @@ FaultCase quietCancel(const char* name, zebReaderType model, std::size_t sent, C
         cancelAfterSent(s, sent);
     });
 }
-FaultCase handFedCancel(const char* name, zebReaderType model)
-{
-    auto c = quietCancel(name, model, 1);
-    c.arrange = [model](SimulatedReader& s) {
-        if (model == smModel)
-            pageForm(s);
-        s.reader.Feeder(false);
-    };
-    c.check = recovers(false, [](SimulatedReader& s) { s.reader.Feeder(true); });
-    return c;
-}
-void silence(SimulatedReader& s) { s.peer().setSilent(true); }
 Check stall(std::size_t after)
 {
     return [after](SimulatedReader& s) { s.peer().stallAfter(after); };
@@ -235,9 +190,6 @@ const std::string subscript = "Subscript out of range";
 
 const FaultCase faults[] = {
     // --- OpScan
-    hangUp(
-        "OpScanHangUpInMidPage", opModel, 300, [](SimulatedReader& s) { op(s).addSheet(opscan(40, 1)); },
-        opAt),
     read(
         "OpScanGarbageInsteadOfAPage", opModel, // three stray values: 51 where 48 belong
         [](SimulatedReader& s) { op(s).feedRawOnce(std::string("\x7f\xfe#a!!a\r", 8)); }, 2,
@@ -254,9 +206,6 @@ const FaultCase faults[] = {
         },
         2, noResponse, "There was no response from the scanner while checking status.",
         "basNCS.CheckStatusNCS"),
-    error(
-        "OpScanRowsBeyondTheArrayEnd", opModel, [](SimulatedReader& s) { op(s).addSheet(opscan(170, 4)); }, 9,
-        subscript, opAt),
     read("OpScanNothingAfterTheStart", opModel, nullptr, 2, noResponse,
          "There was no response from the scanner while scanning a page.", opAt),
     read(
@@ -266,33 +215,28 @@ const FaultCase faults[] = {
             op(s).stallNextSheetAfter(100);
         },
         2, noResponse, "There was no response from the scanner while reading data.", opAt),
-    handFedCancel("OpScanCancelWhileWaitingForAHandFedSheet", opModel),
     // A babbling scanner once kept the drain before the first command going for ever.
     error(
         "OpScanLineThatNeverFallsQuiet", opModel, [](SimulatedReader& s) { s.peer().babble("5"); }, 9,
         subscript, opAt),
     // --- ScanMark
-    hangUp(
-        "ScanMarkHangUpInMidTransfer", smModel, scanmarkStatus + 100,
-        [](SimulatedReader& s) { sm(s).addSheet(scanmark(1)); }, smAt),
-    // A state character that means nothing fails without a message.
-    read("ScanMarkGarbageForTheStatus", smModel,
-         [](SimulatedReader& s) { s.peer().garble(scanmarkStatus, 1); }),
-    {"ScanMarkGarbageForTheResetAnswer",
-     smModel,
-     [](SimulatedReader& s) {
-         pageForm(s);
-         s.peer().garble(1, 1);
-     },
-     Step::Start,
-     2,
-     "Reset Error",
-     "An error occurred trying to reset the Scantron scanner.  Please power the scanner off and on and retry "
-     "the "
-     "operation.",
-     "basScantron.ResetReaderST",
-     {},
-     recovers()},
+    // The line goes dead in mid-sheet.
+    error(
+        "ScanMarkHangUpInMidTransfer", smModel,
+        [](SimulatedReader& s) {
+            sm(s).addSheet(scanmark(1));
+            s.peer().stallAfter(scanmarkStatus + 100);
+            s.peer().whenSent(
+                s.peer().sentCount() + scanmarkStatus + 100, [p = &s.peer()] { p->hangUp(); }, 50ms);
+        },
+        8020, "Error reading comm device", smAt, true),
+    start(
+        "ScanMarkGarbageForTheResetAnswer", smModel, [](SimulatedReader& s) { s.peer().garble(1, 1); },
+        "Reset Error",
+        "An error occurred trying to reset the Scantron scanner.  Please power the scanner off and on and "
+        "retry "
+        "the operation.",
+        "basScantron.ResetReaderST"),
     read(
         "ScanMarkStallInTheMarks", smModel,
         [](SimulatedReader& s) {
@@ -304,42 +248,36 @@ const FaultCase faults[] = {
         "scanned "
         "data.",
         smAt),
-    read("ScanMarkSilence", smModel, silence, 2, "Initialize Error", scantronNoAnswer,
-         "basScantron.CheckStatusST"),
     read("ScanMarkStatusReplyCutShort", smModel, stall(scanmarkStatus - 1), 2, "Initialize Error",
          scantronNoAnswer, "basScantron.CheckStatusST"),
-    handFedCancel("ScanMarkCancelWhileHandFeeding", smModel),
-    quietCancel("ScanMarkCancelAwaitingTheStatus", smModel, 6, silence), // the status query, unanswered
+    [] {
+        auto c = quietCancel("ScanMarkCancelWhileHandFeeding", smModel, 1);
+        c.arrange = [](SimulatedReader& s) {
+            pageForm(s);
+            s.reader.Feeder(false);
+        };
+        c.check = recovers(false, [](SimulatedReader& s) { s.reader.Feeder(true); });
+        return c;
+    }(),
+    quietCancel("ScanMarkCancelAwaitingTheStatus", smModel, 6,
+                [](SimulatedReader& s) { s.peer().setSilent(true); }), // the status query, unanswered
     quietCancel("ScanMarkCancelAwaitingTheMarks", smModel, 16, // the status query (6 bytes) and the read (10)
                 [](SimulatedReader& s) {
                     sm(s).addSheet(scanmark(1));
                     s.peer().stallAfter(scanmarkStatus);
                 }),
     // --- PDI
-    hangUp(
-        "PdiHangUpInMidSheet", pdModel, pdiStatus + 81, // the status, the LF and 40 whole rows
-        [](SimulatedReader& s) { pd(s).addSheet(cards(40, pdiMark)); }, pdAt),
     read(
         "PdiGarbageForTheStatus", pdModel, // its second character (1) reads as the back sensor
         [](SimulatedReader& s) { s.peer().garble(pdiStatus, 1); }, 2, "Status Error",
         "The PDI scanner reports a back sensor error.  Either a form is present or the scanner is improperly "
         "closed.  Please clear any form from inside the scanner and try again.",
         pdStatusAt),
-    {"PdiGarbageForTheThreshold",
-     pdModel,
-     [](SimulatedReader& s) { pd(s).setThresholdAnswer("x?"); },
-     Step::Start,
-     2,
-     "Threshold Initialization Error",
-     "The PDI scanner returned an invalid threshold setting.  Please reset the scanner and retry.",
-     "basPeripheralDynamics.SetRecThresholdPD",
-     {},
-     recovers()},
-    read("PdiSilence", pdModel, silence, 2, "Status Error",
-         "The PDI scanner did not respond to a STATUS request.  Make sure the scanner is connected and "
-         "powered "
-         "on.",
-         pdStatusAt),
+    start(
+        "PdiGarbageForTheThreshold", pdModel, [](SimulatedReader& s) { pd(s).setThresholdAnswer("x?"); },
+        "Threshold Initialization Error",
+        "The PDI scanner returned an invalid threshold setting.  Please reset the scanner and retry.",
+        "basPeripheralDynamics.SetRecThresholdPD"),
     error("PdiStatusReplyCutShort", pdModel, stall(1), 5, "Invalid procedure call or argument", pdStatusAt),
     error(
         "PdiRowsBeyondTheArrayEnd", pdModel, [](SimulatedReader& s) { pd(s).addSheet(cards(520, pdiMark)); },
@@ -355,11 +293,7 @@ const FaultCase faults[] = {
                     pd(s).addSheet(cards(40, pdiMark));
                     s.peer().stallAfter(pdiStatus + 41);
                 }),
-    quietCancel("PdiCancelWhileASheetIsAwaited", pdModel, 2), // "Q" and "8", then nothing
     // --- EZData
-    hangUp(
-        "EZDataHangUpInMidSheet", ezModel, 2 + 10, // the enable answer and ten bytes of the sheet
-        [](SimulatedReader& s) { ez(s).addSheet(cards(40)); }, ezAt),
     read(
         "EZDataGarbageForTheEnableAnswer", ezModel,
         [](SimulatedReader& s) { ez(s).overrideAnswer("E", "x#"); }, 2, ezTitle, ezEnable("ENABLE1)."), ezAt),
@@ -371,19 +305,12 @@ const FaultCase faults[] = {
                 s.peer().sentCount() + 2, [p = &s.peer()] { p->inject("\x21\x60\x85"); }, 700ms);
         },
         2, ezTitle, ezEnable("ENABLE2): \x21\x60\x85"), ezAt),
-    read("EZDataSilence", ezModel, silence, 2, ezTitle, ezEnable("ENABLE1)."), ezAt),
-    read(
-        "EZDataEnableAnswerCutShort", ezModel, [](SimulatedReader& s) { ez(s).overrideAnswer("E", "G"); }, 2,
-        ezTitle, ezEnable("ENABLE1)."), ezAt),
     error(
         "EZDataRowsBeyondTheArrayEnd", ezModel, [](SimulatedReader& s) { ez(s).addSheet(cards(160)); }, 9,
         subscript, ezAt),
     // Only the cancel ends the wait for the sheet.
     quietCancel("EZDataCancelWhileTheSheetIsAwaited", ezModel, enable.size()),
     // --- Chatsworth
-    hangUp(
-        "ChatsworthHangUpInMidCard", ctModel, 2 + 10, // the enable answer and ten bytes of the card
-        [](SimulatedReader& s) { ct(s).addSheet(cards(40)); }, ctAt),
     read(
         "ChatsworthJamInMidCardIsToldByTheStatus", ctModel,
         [](SimulatedReader& s) {

@@ -102,15 +102,9 @@ FaultCase statusFault(const char* name, uint8_t a, uint8_t b, bool rejecter, std
                       std::string message)
 {
     const bool reported = !title.empty();
-    FaultCase c{name,
-                zebReaderTypeNCSOpScan2,
-                nullptr,
-                Step::Read,
-                2,
-                title,
-                message,
+    FaultCase c(name, zebReaderTypeNCSOpScan2, nullptr, Step::Read, 2, title, message,
                 reported ? "basNCS.CheckStatusNCS" : "",
-                rejecter && reported ? "...s1<ESC><DC2>" : "...<DC1>s1"};
+                rejecter && reported ? "...s1<ESC><DC2>" : "...<DC1>s1");
     c.arrange = [=](SimulatedReader& s) {
         s.reader.Rejecter(rejecter), s.load(patternSheet(5, 47)), op(s).setStatusBits(a, b);
     };
@@ -124,7 +118,6 @@ const FaultCase faults[] = {
                 "The scanner reports a page thickness error. Please check that the scanner did not double "
                 "feed and then rescan this page."),
     statusFault("PaperJam", 0, 8, true, "Paper Jam", jam),
-    statusFault("PaperJamWithoutRejecter", 0, 8, false, "Paper Jam", jam),
     statusFault("ReadHeadError", 0, 4, false, "Read Head Error",
                 "The scanner reports a read head error.  Check with the scanner's manufacturer for support."),
     statusFault("UnreportedPathBits", 0, 1, true, "", ""),
@@ -149,32 +142,13 @@ const FaultCase faults[] = {
      }},
     {"SilentScanner", zebReaderTypeNCSOpScan2, [](SimulatedReader& s) { s.peer().setSilent(true); },
      Step::Start, 2, "No Response", noStatus, "basNCS.GetScanModeNCS", "s0"},
-    {"EmptyFeeder", zebReaderTypeNCSOpScan2, nullptr, Step::Read, 2, "No Response",
-     "There was no response from the scanner while scanning a page.", "basNCS.ReadPageNCS", "s0r<DC1>"},
-    {"StopInMidPage", zebReaderTypeNCSOpScan2,
-     [](SimulatedReader& s) {
-         s.load(patternSheet(10, 47));
-         op(s).stallNextSheetAfter(100);
-     },
-     Step::Read, 2, "No Response", "There was no response from the scanner while reading data.",
-     "basNCS.ReadPageNCS", "s0r<DC1>"},
     {"HandFedCancel", zebReaderTypeNCSOpScan2, [](SimulatedReader& s) { s.reader.Feeder(false); }, Step::Read,
      0, "", "", "", "s0r<DC1>", nullptr, cancel, std::chrono::milliseconds(300)},
     {"FormLongerThan150Rows", zebReaderTypeNCSOpScan2,
      [](SimulatedReader& s) { s.load(patternSheet(151, 47)); }, Step::Read, 0, "", "Subscript out of range",
      "basNCS.ReadPageNCS", "s0r<DC1>"},
-    {"UnexpectedSideTwo", zebReaderTypeNCSOpScan2,
-     [](SimulatedReader& s) { s.load(patternSheet(2, 47, 2, 47)); }, Step::Read, 0, "",
-     "Subscript out of range", "basNCS.ReadPageNCS", "s0r<DC1>"},
 };
 INSTANTIATE_TEST_SUITE_P(OpScan, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
-
-const ReadCase reads[] = {
-    {"FourByteStatusReplyIsEnough", zebReaderTypeNCSOpScan2,
-     [](SimulatedReader& s) { op(s).setShortStatusLength(4); }, patternSheet(1, 47, 0, 0, 3), 150, 48, 0, 0,
-     -1, 1, "<DC1>s1"},
-};
-INSTANTIATE_TEST_SUITE_P(OpScan, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);
 
 TEST_F(OpScan, ImprinterGetsPositionThenTextOfTheFirstBufferOnEveryModel)
 {

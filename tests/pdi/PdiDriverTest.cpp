@@ -41,31 +41,12 @@ TEST_F(Pdi, InitBringsTheThresholdToTheWantedValueAndAnswersStatusBits)
     EXPECT_TRUE(quiet());
 }
 
-FaultCase statusFault(const char* name, int status, std::string message)
-{
-    FaultCase c{name,
-                zebReaderTypePDIVMR138,
-                nullptr,
-                Step::Start,
-                2,
-                "Status Error",
-                std::move(message),
-                "basPeripheralDynamics.CheckStatusPD",
-                "0Q4"};
-    c.arrange = [status](SimulatedReader& s) { pdi(s).setStatus(status); };
-    c.check = [](SimulatedReader& s) { EXPECT_EQ(pdi(s).ejects(), 1); };
-    return c;
-}
-
 const FaultCase faults[] = {
-    statusFault("FrontSensor", 2 | 64,
-                "The PDI scanner reports a front sensor error.  Either a form is present or the scanner is "
-                "improperly closed. Please clear any form from the front of the scanner and try again."),
-    statusFault("BackSensor", 1,
-                "The PDI scanner reports a back sensor error.  Either a form is present or the scanner is "
-                "improperly closed.  Please clear any form from inside the scanner and try again."),
-    statusFault("Jam", 64,
-                "The PDI scanner reports a paper jam.  Clear the form from the paper transport and retry."),
+    {"FrontSensor", zebReaderTypePDIVMR138, [](SimulatedReader& s) { pdi(s).setStatus(2 | 64); }, Step::Start,
+     2, "Status Error",
+     "The PDI scanner reports a front sensor error.  Either a form is present or the scanner is improperly "
+     "closed. Please clear any form from the front of the scanner and try again.",
+     "basPeripheralDynamics.CheckStatusPD", "0Q4", [](SimulatedReader& s) { EXPECT_EQ(pdi(s).ejects(), 1); }},
     {"SilentWhateverTheTimeOut", zebReaderTypePDIVMR138,
      [](SimulatedReader& s) {
          s.reader.TimeOut(600); // the status wait runs on its own 1000 ms
@@ -78,10 +59,6 @@ const FaultCase faults[] = {
      [](SimulatedReader& s) {
          EXPECT_EQ(Reader::fComm(s.reader).tmrScan.Interval(), 1000) << "stays until the next StartReader";
      }},
-    {"InvalidThreshold", zebReaderTypePDIVMR138, [](SimulatedReader& s) { pdi(s).setThresholdAnswer("G1"); },
-     Step::Start, 2, "Threshold Initialization Error",
-     "The PDI scanner returned an invalid threshold setting.  Please reset the scanner and retry.",
-     "basPeripheralDynamics.SetRecThresholdPD", "0Q+"},
     {"NoThreshold", zebReaderTypePDIVMR138, [](SimulatedReader& s) { pdi(s).setThresholdAnswer(""); },
      Step::Start, 2, "Threshold Initialization Error",
      "There was no response from the PDI scanner while initializing.",
@@ -90,17 +67,6 @@ const FaultCase faults[] = {
      cancel, 300ms},
 };
 INSTANTIATE_TEST_SUITE_P(Pdi, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
-
-const ReadCase reads[] = {
-    // Rows fill upward with the threshold plus one; the empty middle row goes as two 64s.
-    {"RowsWithTheThresholdPlusOne", zebReaderTypePDIVMR138,
-     [](SimulatedReader& s) {
-         s.reader.RecognitionThreshold(200);
-         pdi(s).setThreshold(201);
-     },
-     card({{1, 12}, {}, {6, 7}}), 500, 14, 0, 0, 201, 3, "Q89"},
-};
-INSTANTIATE_TEST_SUITE_P(Pdi, FamilyRead, ::testing::ValuesIn(reads), caseName<ReadCase>);
 
 TEST_F(Pdi, RawStreamRoundsTheRowCountAndReadsOnPastAnInnerCR)
 {

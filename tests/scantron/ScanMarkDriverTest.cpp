@@ -1,4 +1,5 @@
 // The ScanMark driver end to end: form download, reads, routing and faults against the simulator.
+#include "WindowArea.h"
 #include "drivers/scantron/basScantron.h"
 #include "sim/scantron/ScanMarkSimulator.h"
 #include "support/SimulatedReader.h"
@@ -9,34 +10,6 @@ namespace {
 using Sim = sim::ScanMarkSimulator;
 using Strings = std::vector<std::string>;
 Sim& sm(SimulatedReader& s) { return s.scanner<Sim>(); }
-
-SafeArray<int16_t> perSheet(const std::vector<int16_t>& values)
-{
-    auto a = SafeArray<int16_t>::vector(0, static_cast<int32_t>(values.size()));
-    int32_t i = 1;
-    for (int16_t v : values)
-        a(i++) = v;
-    return a;
-}
-
-void form(clsZEBReader& reader, const std::vector<int16_t>& rows1, const std::vector<int16_t>& cols1,
-          const std::vector<int16_t>& rows2 = {}, const std::vector<int16_t>& cols2 = {})
-{
-    reader.Side1Rows(perSheet(rows1));
-    reader.Side1Cols(perSheet(cols1));
-    reader.Side2Rows(perSheet(rows2));
-    reader.Side2Cols(perSheet(cols2));
-}
-
-std::shared_ptr<clsZEBReaderWindow> area(int16_t startRow, int16_t numRows, int16_t rowGap, int16_t startCol,
-                                         int16_t numCols, int16_t colGap, int16_t page, int16_t orientation)
-{
-    auto w = std::make_shared<clsZEBReaderWindow>();
-    w->StartRow(startRow), w->NumRows(numRows), w->RowGap(rowGap);
-    w->StartCol(startCol), w->NumCols(numCols), w->ColGap(colGap);
-    w->Page(page), w->Orientation(orientation);
-    return w;
-}
 
 struct ScanMark : ::testing::Test, SimulatedReader {
     explicit ScanMark(zebReaderType model = zebReaderTypeScantronScanMark2000) : SimulatedReader(model) {}
@@ -60,23 +33,16 @@ TEST_F(ScanMark, PageFormsAreDownloadedPerSideAndModel)
         Strings download;
     };
     const Strings sideOne{"FRM=FS 6 0 5 N N N", "FRM=DK 1 1 1 6 5 L 6 5", "FRM=LS"};
-    const std::vector<int16_t> one{6}, five{5}, three{3}, four{4}, none{0};
+    const Strings threeSheets{
+        "FRM=FS 10 0 20 N N N", "FRM=DK 1 1 1 10 20 L 10 20", "FRM=LS", "FRM=FS 0 0 8 N N N", "FRM=LS",
+        "FRM=FS 4 0 50 N N N",  "FRM=DK 1 1 1 4 50 L 4 50",   "FRM=LS"};
+    // The 8000 gets its threshold first and a mark-column record per side.
+    const Strings model8000{"THR= 9", "FRM=FS 6 3 5 N N N", "FRM=MC Y N 1 1 1 1 6 5 L 6 5 11111",
+                            "FRM=MC Y N 1 2 1 1 3 4 L 3 4 1111", "FRM=LS"};
+    const std::vector<int16_t> one{6}, five{5}, three{3}, four{4}, none{0}, rows{10, 0, 4}, cols{20, 8, 50};
     const Case cases[] = {
-        {zebReaderTypeScantronScanMark2000,
-         false,
-         false,
-         {{10, 0, 4}, {20, 8, 50}, {}, {}},
-         48,
-         {"FRM=FS 10 0 20 N N N", "FRM=DK 1 1 1 10 20 L 10 20", "FRM=LS", "FRM=FS 0 0 8 N N N", "FRM=LS",
-          "FRM=FS 4 0 50 N N N", "FRM=DK 1 1 1 4 50 L 4 50", "FRM=LS"}},
-        // The 8000 gets its threshold first and a mark-column record per side.
-        {zebReaderTypeScantron8000,
-         true,
-         true,
-         {one, five, three, four},
-         0,
-         {"THR= 9", "FRM=FS 6 3 5 N N N", "FRM=MC Y N 1 1 1 1 6 5 L 6 5 11111",
-          "FRM=MC Y N 1 2 1 1 3 4 L 3 4 1111", "FRM=LS"}},
+        {zebReaderTypeScantronScanMark2000, false, false, {rows, cols, {}, {}}, 48, threeSheets},
+        {zebReaderTypeScantron8000, true, true, {one, five, three, four}, 0, model8000},
         // A duplex scanner with a single-sided form defines no side 2; a duplex form with an
         // empty second side still starts with its row count.
         {zebReaderTypeScantronScanMark4000, true, false, {one, five, three, four}, 48, sideOne},
@@ -193,15 +159,8 @@ TEST_F(ScanMark, PageModeFieldRefusalsCarryTheirOwnPunctuation)
 FaultCase status(const char* name, Sim::StatusFault fault, std::string title, std::string message,
                  std::string location = "basScantron.CheckStatusST")
 {
-    FaultCase c{name,
-                zebReaderTypeScantronScanMark2000,
-                nullptr,
-                Step::Read,
-                2,
-                std::move(title),
-                std::move(message),
-                std::move(location),
-                "...<ESC>QSTS<CR>"};
+    FaultCase c(name, zebReaderTypeScantronScanMark2000, nullptr, Step::Read, 2, std::move(title),
+                std::move(message), std::move(location), "...<ESC>QSTS<CR>");
     c.arrange = [fault](SimulatedReader& s) {
         form(s.reader, {1}, {1}), s.load(patternSheet(1, 1)), sm(s).statusFault(fault);
     };
@@ -212,13 +171,6 @@ FaultCase status(const char* name, Sim::StatusFault fault, std::string title, st
 const FaultCase faults[] = {
     {"EmptyHopper", zebReaderTypeScantronScanMark2000, [](SimulatedReader& s) { form(s.reader, {2}, {2}); },
      Step::Read, 0, "", "", "", "...<ESC>FRM=LS<CR><ESC>QSTS<CR>"},
-    {"HandFedCancel", zebReaderTypeScantronScanMarkES2010,
-     [](SimulatedReader& s) {
-         form(s.reader, {2}, {2});
-         s.reader.Feeder(false);
-     },
-     Step::Read, 0, "", "", "", "...<ESC>QSTS<CR>",
-     [](SimulatedReader& s) { EXPECT_EQ(sm(s).sheetsRead(), 0); }, cancel, std::chrono::milliseconds(300)},
     status("JamBeforeDoubleFeed", Sim::StatusFault::JamAndDoubleFeed, "Paper Jam",
            "The Scantron scanner reports a paper jam. Please clear the jam and try again."),
     status("DoubleFeed", Sim::StatusFault::DoubleFeed, "Double Feed",
@@ -230,25 +182,10 @@ const FaultCase faults[] = {
         "The Scantron scanner reported a timing line error. Make sure that the form corresponds to the open "
         "template and that it was not skewed when scanning. Please rescan.",
         "basScantron.heckStatusST"),
-    {"StalledTransfer", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) {
-         form(s.reader, {4}, {4});
-         s.load(patternSheet(4, 4));
-         sm(s).stallAfter(12 + 12 + 50); // two status replies, then 50 of the 192 mark characters
-     },
-     Step::Read, 2, "Read Error",
-     "There was no response from the Scantron scanner. The scanner timed out waiting to receive the scanned "
-     "data.",
-     "basScantron.ReadPageST", "...<ESC>READ 5 Y<CR>"},
-    {"ResetRefused", zebReaderTypeScantronScanMark2000,
-     [](SimulatedReader& s) { sm(s).rejectCommand("SRST"); }, Step::Start, 2, "Reset Error",
-     "An error occurred trying to reset the Scantron scanner.  Please power the scanner off and on and retry "
-     "the operation.",
-     "basScantron.ResetReaderST", "<ESC>SRST<CR>"}, // no download after a failed reset
     {"ResetUnanswered", zebReaderTypeScantronScanMark2000,
      [](SimulatedReader& s) { s.peer().setSilent(true); }, Step::Start, 2, "No Response",
      "There was no response from the Scantron scanner. Could not initialize!", "basScantron.ResetReaderST",
-     "<ESC>SRST<CR>"},
+     "<ESC>SRST<CR>"}, // no download after a failed reset
 };
 INSTANTIATE_TEST_SUITE_P(ScanMark, FamilyFault, ::testing::ValuesIn(faults), caseName<FaultCase>);
 

@@ -42,14 +42,6 @@ sim::Sheet card(const std::vector<std::vector<int>>& markedColumns)
     return s;
 }
 
-sim::Sheet diagonalCard()
-{
-    std::vector<std::vector<int>> rows(14);
-    for (int n = 1; n <= 12; ++n)
-        rows[static_cast<std::size_t>(n - 1)] = {n}, rows[13].push_back(n);
-    return card(rows);
-}
-
 SafeArray<int16_t> expectedSide(const sim::Sheet& sheet, int side, int rows, int cols, int mark)
 {
     auto out = SafeArray<int16_t>::matrix(1, rows, 1, cols);
@@ -61,6 +53,32 @@ SafeArray<int16_t> expectedSide(const sim::Sheet& sheet, int side, int rows, int
             out(r, c) = static_cast<int16_t>(mark >= 0 && v > 0 ? mark : v);
         }
     }
+    return out;
+}
+
+SafeArray<int16_t> perSheet(const std::vector<int16_t>& values)
+{
+    auto a = SafeArray<int16_t>::vector(0, static_cast<int32_t>(values.size()));
+    int32_t i = 1;
+    for (int16_t v : values)
+        a(i++) = v;
+    return a;
+}
+
+void form(clsZEBReader& reader, const std::vector<int16_t>& rows1, const std::vector<int16_t>& cols1,
+          const std::vector<int16_t>& rows2, const std::vector<int16_t>& cols2)
+{
+    reader.Side1Rows(perSheet(rows1));
+    reader.Side1Cols(perSheet(cols1));
+    reader.Side2Rows(perSheet(rows2));
+    reader.Side2Cols(perSheet(cols2));
+}
+
+std::string framed(const std::vector<std::string>& words)
+{
+    std::string out;
+    for (const auto& w : words)
+        out += "<DC2><ESC>" + w + "<DC2>E";
     return out;
 }
 

@@ -26,11 +26,17 @@ sim::Sheet patternSheet(int rows1, int cols1, int rows2 = 0, int cols2 = 0, int 
                         std::vector<std::string> barcodes = {});
 /// A 12-column card: one row per entry, strength 9 in each listed column (from 1).
 sim::Sheet card(const std::vector<std::vector<int>>& markedColumns);
-/// A card whose rows 1 to 12 have one mark each, in column n; row 13 is blank (it counts), row 14 full.
-sim::Sheet diagonalCard();
 /// What a side of `sheet` reads as in a rows x cols array: the strengths as sent, or `mark`
 /// for every cell above 0 when mark >= 0; cells outside the sheet stay 0.
 SafeArray<int16_t> expectedSide(const sim::Sheet& sheet, int side, int rows, int cols, int mark = -1);
+
+/// Per-sheet values as the reader's form properties take them: one entry per sheet, from 1.
+SafeArray<int16_t> perSheet(const std::vector<int16_t>& values);
+/// A page form: the rows and columns of each side, one entry per sheet.
+void form(clsZEBReader& reader, const std::vector<int16_t>& rows1, const std::vector<int16_t>& cols1,
+          const std::vector<int16_t>& rows2 = {}, const std::vector<int16_t>& cols2 = {});
+/// The frames of these words as the EZData and Chatsworth drivers send them, shown.
+std::string framed(const std::vector<std::string>& words);
 
 /// Bytes with control characters by name ("s0<EOT><DC1>"), so that a transcript reads as text.
 std::string shown(std::string_view bytes);
