@@ -1,5 +1,5 @@
 // The serial control: the Settings text, opening, the receive buffer, sending, tracing; on a
-// memory line, and on a pseudo-terminal for what only a real line shows.
+// memory line, and on a pseudo-terminal for what only a real line shows; a hang-up on both.
 #include "channel/ChannelPeers.h"
 #include "channel/Clock.h"
 #include "channel/frmComm.h"
@@ -84,6 +84,25 @@ template <sim::Transport transport> struct Line : ::testing::Test {
         fc.tmrScan.Enabled(false);
         return ok;
     }
+    // A hang-up of the peer, now or from its own handler, ends the line for the driver.
+    void hangUpEndsTheLine()
+    {
+        open();
+        peer.hangUp();
+        EXPECT_TRUE(peer.hungUp());
+        EXPECT_THROW(fc.DoEvents(), RuntimeError);
+        peer.reply("nothing"); // a hung-up peer sends nothing and does not fail
+        peer.hangUp();
+
+        LinePeer hanging(transport, "BYE");
+        ports.map(2, hanging.path());
+        com.PortOpen(false);
+        com.CommPort(2);
+        com.PortOpen(true);
+        com.Output("BYE");
+        EXPECT_THROW(waitFor(1), RuntimeError);
+        EXPECT_TRUE(hanging.hungUp());
+    }
 };
 struct Control : Line<sim::Transport::Memory> {
     clock::VirtualClock time;
@@ -139,6 +158,10 @@ TEST_F(Control, InputTakesWhatInputLenSaysAndTheTraceSeesEveryByteInOrder)
     com.Output("Q3");
     EXPECT_EQ(trace, ">Q1<ABCDEF>Q2<GH");
 }
+
+TEST_F(Control, AHangUpEndsTheLine) { hangUpEndsTheLine(); }
+
+TEST_F(OnAPty, AHangUpEndsTheLine) { hangUpEndsTheLine(); }
 
 TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedAndEveryByteCrossesWhole)
 {
