@@ -1,4 +1,4 @@
-// The serial control: the Settings text, opening, the receive buffer, sending, tracing; on a
+// The serial control: the Settings text, opening, the receive buffer, sending; on a
 // memory line, and on a pseudo-terminal for what only a real line shows; a hang-up on both.
 #include "channel/ChannelPeers.h"
 #include "channel/Clock.h"
@@ -122,6 +122,7 @@ TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
 
     open();
     EXPECT_TRUE(com.PortOpen());
+    EXPECT_EQ(errorOf([&] { com.InputLen(-1); }), err::InvalidPropertyValue);
     EXPECT_EQ(errorOf([&] { com.CommPort(5); }), err::PortAlreadyOpen);
     EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::PortAlreadyOpen);
     com.PortOpen(false);
@@ -129,34 +130,6 @@ TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
     for (auto use : std::initializer_list<std::function<void()>>{
              [&] { com.Output("x"); }, [&] { com.InBufferCount(); }, [&] { com.Input(); }})
         EXPECT_EQ(errorOf(use), err::DeviceNotOpen);
-}
-
-TEST_F(Control, InputTakesWhatInputLenSaysAndTheTraceSeesEveryByteInOrder)
-{
-    std::string trace;
-    com.setTrace([&](bool sent, const std::string& bytes) { trace += (sent ? ">" : "<") + bytes; });
-    open();
-    com.Output("Q1");
-    peer.reply("ABCDEF");
-    ASSERT_TRUE(waitFor(6));
-    EXPECT_EQ(com.InBufferCount(), 6);
-    com.InputLen(1);
-    EXPECT_EQ(com.Input(), "A");
-    EXPECT_EQ(com.InBufferCount(), 5);
-    com.InputLen(3);
-    EXPECT_EQ(com.Input(), "BCD");
-    com.Output("Q2");
-    peer.reply("GH");
-    ASSERT_TRUE(waitFor(4));
-    com.InputLen(0);
-    EXPECT_EQ(com.Input(), "EFGH");
-    EXPECT_EQ(com.InBufferCount(), 0);
-    EXPECT_EQ(com.Input(), "");
-    EXPECT_EQ(errorOf([&] { com.InputLen(-1); }), err::InvalidPropertyValue);
-    EXPECT_EQ(trace, ">Q1<ABCDEF>Q2<GH");
-    com.setTrace(nullptr);
-    com.Output("Q3");
-    EXPECT_EQ(trace, ">Q1<ABCDEF>Q2<GH");
 }
 
 TEST_F(Control, AHangUpEndsTheLine) { hangUpEndsTheLine(); }

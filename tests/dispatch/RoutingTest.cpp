@@ -46,13 +46,12 @@ struct Dispatch : ::testing::Test {
 
 using Init = Dispatch;
 
-TEST_F(Init, PortOpensWithTheReadersLineSettingsThenTheFamilyInits)
+TEST_F(Init, PortOpensWithTheReadersLineSettingsThenTheFamilyInitsAndTypeNoneFails)
 {
     reader.FlowControl(zebReaderFlowControlHardware);
     reader.BaudRate(zebReaderBaudRate19200);
     reader.StopBits(2.0f); // written as a Single
     ASSERT_TRUE(basRead::ReaderInit(reader));
-    EXPECT_TRUE(errors.host->reports.empty());
     EXPECT_EQ(com().CommPort(), 16);
     EXPECT_EQ(com().Settings(), "19200,N,8,2");
     EXPECT_EQ(com().Handshaking(), 2);
@@ -60,6 +59,19 @@ TEST_F(Init, PortOpensWithTheReadersLineSettingsThenTheFamilyInits)
     EXPECT_TRUE(basRead::ReaderClose(reader));
     EXPECT_FALSE(com().PortOpen());
     EXPECT_EQ(family.calls, (Strings{"init", "close"}));
+
+    // Type 0 fails init and read, but close still closes the port.
+    reader.ReaderType(zebReaderTypeNone);
+    EXPECT_FALSE(basRead::ReaderInit(reader));
+    EXPECT_TRUE(reader.CancelScan());
+    EXPECT_TRUE(com().PortOpen()) << "type 0 has a serial profile, so its port opens";
+    reader.CancelScan(false);
+    EXPECT_FALSE(basRead::ReaderRead(reader));
+    EXPECT_TRUE(reader.CancelScan());
+    EXPECT_FALSE(basRead::ReaderClose(reader));
+    EXPECT_FALSE(com().PortOpen());
+    EXPECT_TRUE(errors.host->reports.empty());
+    EXPECT_TRUE(scanner.received().empty());
 
     // Parity goes in as stored; 1.5 stop bits only go with 5 data bits on a real line. (A
     // pseudo-terminal refuses these, so they are not applied to an open port.)
@@ -89,22 +101,7 @@ TEST_F(Init, UsbModelSkipsThePortAndATimeOutOutsideOneTo600BecomesTenSeconds)
     EXPECT_EQ(usb.calls, (Strings{"init", "init", "init", "init", "init"}));
 }
 
-TEST_F(Init, TypeNoneFailsInitAndReadButCloseStillClosesThePort)
-{
-    reader.ReaderType(zebReaderTypeNone);
-    EXPECT_FALSE(basRead::ReaderInit(reader));
-    EXPECT_TRUE(reader.CancelScan());
-    EXPECT_TRUE(com().PortOpen()) << "type 0 has a serial profile, so its port opens";
-    reader.CancelScan(false);
-    EXPECT_FALSE(basRead::ReaderRead(reader));
-    EXPECT_TRUE(reader.CancelScan());
-    EXPECT_FALSE(basRead::ReaderClose(reader));
-    EXPECT_FALSE(com().PortOpen());
-    EXPECT_TRUE(errors.host->reports.empty());
-    EXPECT_TRUE(scanner.received().empty());
-}
-
-TEST_F(Dispatch, SekonicSerialPrintsWhateverSkipAndMarksTheSheetBySkip)
+TEST_F(Dispatch, PrintOnlyForTypesTwoTo36WithAnImprinterAndSekonicSerialMarksTheSheetBySkip)
 {
     reader.ReaderType(zebReaderTypeScanningSystemsSR601);
     bool disposed = false;
@@ -122,13 +119,9 @@ TEST_F(Dispatch, SekonicSerialPrintsWhateverSkipAndMarksTheSheetBySkip)
     EXPECT_FALSE(basRead::ReaderPrint(reader, false, disposed));
     EXPECT_FALSE(disposed);
     EXPECT_TRUE(errors.host->reports.empty());
-}
 
-TEST_F(Dispatch, PrintOnlyForTypesTwoTo36WithAnImprinterAndNotSkipped)
-{
     ScriptedFamily scanMark{Family::ScanMark};
     reader.ReaderType(zebReaderTypeScantronScanMark2000);
-    bool disposed = false;
     EXPECT_TRUE(basRead::ReaderPrint(reader, false, disposed));
     EXPECT_EQ(scanMark.calls, (Strings{"print"}));
 

@@ -36,8 +36,6 @@ Value valueOf(Root root, const std::string& key, const std::string& name)
     return v;
 }
 
-std::vector<uint8_t> bytesOf(std::string_view s) { return {s.begin(), s.end()}; }
-
 // What the editor exports of HKEY_CURRENT_USER\Software\Site: every kind of value.
 const std::string siteExport =
     "Windows Registry Editor Version 5.00\n"
@@ -78,8 +76,7 @@ TEST_F(RegFile, EditorExportIsImportedAndExportedBackByteForByte)
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Folder"), Value::text("C:\\Scans\\\"new\""));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, ""), Value::text("default"));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Path"), Value::text("%SystemRoot%", registry::REG_EXPAND_SZ));
-    EXPECT_EQ(valueOf(Root::CurrentUser, key, "Lines"),
-              (Value{registry::REG_MULTI_SZ, bytesOf({"a\0b\0\0", 5})}));
+    EXPECT_EQ(valueOf(Root::CurrentUser, key, "Lines"), (Value{registry::REG_MULTI_SZ, {'a', 0, 'b', 0, 0}}));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Blob"), (Value{registry::REG_BINARY, {1, 2, 0xff}}));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Nothing"), (Value{registry::REG_NONE, {}}));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Two lines"), Value::text("one\r\ntwo"));
