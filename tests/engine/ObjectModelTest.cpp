@@ -34,7 +34,7 @@ TEST(Imprinter, OneModelPerKindOfImprinter)
     }
 }
 
-TEST(Collections, WindowsArePositionedAndMissingItemsAreNothing)
+TEST(Collections, WindowsArePositionedBarcodesKeyedIgnoringCaseAndMissingItemsAreNothing)
 {
     HostScope scope;
     clsZEBReaderWindows w;
@@ -54,11 +54,9 @@ TEST(Collections, WindowsArePositionedAndMissingItemsAreNothing)
     w.Remove(3); // reported, not thrown
     EXPECT_EQ(scope.host->only().number, 9);
     EXPECT_EQ(scope.host->only().location, "clsZEBReaderWindows.Remove");
-}
 
-TEST(Collections, BarcodesByKeyIgnoringCase)
-{
-    HostScope scope;
+    // Barcodes by key, ignoring case.
+    scope.host->reports.clear();
     clsZEBReaderBarcodes codes;
     auto id = std::make_shared<clsZEBReaderBarcode>();
     codes.Add(id, "StudentId");
