@@ -136,7 +136,7 @@ TEST_F(Control, AHangUpEndsTheLine) { hangUpEndsTheLine(); }
 
 TEST_F(OnAPty, AHangUpEndsTheLine) { hangUpEndsTheLine(); }
 
-TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedAndEveryByteCrossesWhole)
+TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedEveryByteCrossesWholeAndASecondOpenIsRefused)
 {
     open();
     com.PortOpen(false);
@@ -162,6 +162,19 @@ TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedAndEveryByteCrossesWhole)
         got += com.Input();
     }
     EXPECT_EQ(got, big);
+
+    // A second open of the same device is refused until the first closes.
+    frmComm other;
+    ports.map(7, peer.path()); // another number for the same device changes nothing
+    for (int16_t port : {3, 7}) {
+        other.mscComm.CommPort(port);
+        EXPECT_EQ(errorOf([&] { other.mscComm.PortOpen(true); }), err::PortAlreadyOpen);
+        EXPECT_FALSE(other.mscComm.PortOpen());
+    }
+    com.PortOpen(false);
+    other.mscComm.PortOpen(true);
+    EXPECT_TRUE(other.mscComm.PortOpen());
+    EXPECT_EQ(errorOf([&] { open(); }), err::PortAlreadyOpen);
 }
 
 // A line whose other end stops reading and then goes: the write that waits for room, the next
@@ -189,22 +202,6 @@ TEST(PtyWithoutReader, AWriteWaitingForRoomAndWhatFollowsRaiseWhenTheLineGoes)
     closer.join();
     EXPECT_EQ(errorOf([&] { com.InBufferCount(); }), err::PortIo);
     EXPECT_EQ(errorOf([&] { com.Output("x"); }), err::PortIo);
-}
-
-TEST_F(OnAPty, SecondOpenOfTheSameDeviceIsRefusedUntilTheFirstCloses)
-{
-    open();
-    frmComm other;
-    ports.map(7, peer.path()); // another number for the same device changes nothing
-    for (int16_t port : {3, 7}) {
-        other.mscComm.CommPort(port);
-        EXPECT_EQ(errorOf([&] { other.mscComm.PortOpen(true); }), err::PortAlreadyOpen);
-        EXPECT_FALSE(other.mscComm.PortOpen());
-    }
-    com.PortOpen(false);
-    other.mscComm.PortOpen(true);
-    EXPECT_TRUE(other.mscComm.PortOpen());
-    EXPECT_EQ(errorOf([&] { open(); }), err::PortAlreadyOpen);
 }
 
 TEST_F(OnAPty, SettingsReachTheLineInRawModeAndWhatNoLineCarriesIsRefused)
