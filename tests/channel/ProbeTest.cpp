@@ -60,7 +60,7 @@ struct Probe : ::testing::Test {
 };
 
 // The probe finds only exactly G CR; the firmware is the trimmed text before the first G CR.
-TEST_F(Probe, ProbeAndFirmwareAnswers)
+TEST_F(Probe, ProbeAndFirmwareAnswersOnlyForTheProbeModelsWithTheProfileFlag)
 {
     struct Case {
         std::string probe, firmware;
@@ -89,6 +89,30 @@ TEST_F(Probe, ProbeAndFirmwareAnswers)
         EXPECT_EQ(text, c.text);
         EXPECT_EQ(peer.received(), firmwareFrame);
         EXPECT_FALSE(com.PortOpen());
+    }
+
+    // Locate and Firmware only for the probe models with the profile flag.
+    ProbePeer peer(GCR, "V1 " + GCR);
+    ports.map(1, peer.path());
+    struct Model {
+        zebReaderType type;
+        bool flag, works;
+    };
+    for (const Model& c :
+         {Model{zebReaderTypeNCSEZData, false, false}, Model{zebReaderTypePDIVMR138, true, false},
+          Model{zebReaderTypeChatsworthOMR1100, true, true}, Model{zebReaderTypeNCSEZData, true, true}}) {
+        SCOPED_TRACE(testing::Message() << c.type << (c.flag ? " with" : " without") << " the flag");
+        reader.ReaderType(c.type);
+        reader.Profiles()->Item(std::to_string(c.type))->LocateEnabled(c.flag);
+        reader.Profiles()->Item(std::to_string(c.type))->FirmwareEnabled(c.flag);
+        reader.Port(c.works ? 8 : 1); // where it fails, a scanner waits on the port it would ask
+        const auto before = peer.receivedCount();
+        std::string text = "unchanged";
+        EXPECT_EQ(reader.Locate(1), c.works);
+        EXPECT_EQ(reader.Port(), 1);
+        EXPECT_EQ(reader.Firmware(text), c.works);
+        EXPECT_EQ(text, c.works ? "V1" : "unchanged");
+        EXPECT_TRUE(c.works || peer.receivedCount() == before) << "nothing asked";
     }
 }
 
@@ -119,32 +143,6 @@ TEST_F(Probe, LocateTriesTheStartPortThenOneToSixteenSkippingMissingAndBusyPorts
     EXPECT_TRUE(reader.Locate(12));
     EXPECT_EQ(reader.Port(), 12);
     EXPECT_EQ(nine.probes(), 1);
-}
-
-TEST_F(Probe, LocateAndFirmwareOnlyForTheProbeModelsWithTheProfileFlag)
-{
-    ProbePeer peer(GCR, "V1 " + GCR);
-    ports.map(1, peer.path());
-    struct Case {
-        zebReaderType type;
-        bool flag, works;
-    };
-    for (const Case& c :
-         {Case{zebReaderTypeNCSEZData, false, false}, Case{zebReaderTypePDIVMR138, true, false},
-          Case{zebReaderTypeChatsworthOMR1100, true, true}, Case{zebReaderTypeNCSEZData, true, true}}) {
-        SCOPED_TRACE(testing::Message() << c.type << (c.flag ? " with" : " without") << " the flag");
-        reader.ReaderType(c.type);
-        reader.Profiles()->Item(std::to_string(c.type))->LocateEnabled(c.flag);
-        reader.Profiles()->Item(std::to_string(c.type))->FirmwareEnabled(c.flag);
-        reader.Port(c.works ? 8 : 1); // where it fails, a scanner waits on the port it would ask
-        const auto before = peer.receivedCount();
-        std::string text = "unchanged";
-        EXPECT_EQ(reader.Locate(1), c.works);
-        EXPECT_EQ(reader.Port(), 1);
-        EXPECT_EQ(reader.Firmware(text), c.works);
-        EXPECT_EQ(text, c.works ? "V1" : "unchanged");
-        EXPECT_TRUE(c.works || peer.receivedCount() == before) << "nothing asked";
-    }
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// The serial control: the Settings text, opening, the receive buffer, sending, tracing; on a
-// memory line, and on a pseudo-terminal for what only a real line shows.
+// The serial control: the Settings text, opening, the receive buffer, sending; on a
+// memory line, and on a pseudo-terminal for what only a real line shows; a hang-up on both.
 #include "channel/ChannelPeers.h"
 #include "channel/Clock.h"
 #include "channel/frmComm.h"
@@ -84,6 +84,25 @@ template <sim::Transport transport> struct Line : ::testing::Test {
         fc.tmrScan.Enabled(false);
         return ok;
     }
+    // A hang-up of the peer, now or from its own handler, ends the line for the driver.
+    void hangUpEndsTheLine()
+    {
+        open();
+        peer.hangUp();
+        EXPECT_TRUE(peer.hungUp());
+        EXPECT_THROW(fc.DoEvents(), RuntimeError);
+        peer.reply("nothing"); // a hung-up peer sends nothing and does not fail
+        peer.hangUp();
+
+        LinePeer hanging(transport, "BYE");
+        ports.map(2, hanging.path());
+        com.PortOpen(false);
+        com.CommPort(2);
+        com.PortOpen(true);
+        com.Output("BYE");
+        EXPECT_THROW(waitFor(1), RuntimeError);
+        EXPECT_TRUE(hanging.hungUp());
+    }
 };
 struct Control : Line<sim::Transport::Memory> {
     clock::VirtualClock time;
@@ -103,6 +122,7 @@ TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
 
     open();
     EXPECT_TRUE(com.PortOpen());
+    EXPECT_EQ(errorOf([&] { com.InputLen(-1); }), err::InvalidPropertyValue);
     EXPECT_EQ(errorOf([&] { com.CommPort(5); }), err::PortAlreadyOpen);
     EXPECT_EQ(errorOf([&] { com.PortOpen(true); }), err::PortAlreadyOpen);
     com.PortOpen(false);
@@ -112,35 +132,11 @@ TEST_F(Control, PortNumbersMapToDevicesAndMissingOnesAreInvalid)
         EXPECT_EQ(errorOf(use), err::DeviceNotOpen);
 }
 
-TEST_F(Control, InputTakesWhatInputLenSaysAndTheTraceSeesEveryByteInOrder)
-{
-    std::string trace;
-    com.setTrace([&](bool sent, const std::string& bytes) { trace += (sent ? ">" : "<") + bytes; });
-    open();
-    com.Output("Q1");
-    peer.reply("ABCDEF");
-    ASSERT_TRUE(waitFor(6));
-    EXPECT_EQ(com.InBufferCount(), 6);
-    com.InputLen(1);
-    EXPECT_EQ(com.Input(), "A");
-    EXPECT_EQ(com.InBufferCount(), 5);
-    com.InputLen(3);
-    EXPECT_EQ(com.Input(), "BCD");
-    com.Output("Q2");
-    peer.reply("GH");
-    ASSERT_TRUE(waitFor(4));
-    com.InputLen(0);
-    EXPECT_EQ(com.Input(), "EFGH");
-    EXPECT_EQ(com.InBufferCount(), 0);
-    EXPECT_EQ(com.Input(), "");
-    EXPECT_EQ(errorOf([&] { com.InputLen(-1); }), err::InvalidPropertyValue);
-    EXPECT_EQ(trace, ">Q1<ABCDEF>Q2<GH");
-    com.setTrace(nullptr);
-    com.Output("Q3");
-    EXPECT_EQ(trace, ">Q1<ABCDEF>Q2<GH");
-}
+TEST_F(Control, AHangUpEndsTheLine) { hangUpEndsTheLine(); }
 
-TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedAndEveryByteCrossesWhole)
+TEST_F(OnAPty, AHangUpEndsTheLine) { hangUpEndsTheLine(); }
+
+TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedEveryByteCrossesWholeAndASecondOpenIsRefused)
 {
     open();
     com.PortOpen(false);
@@ -166,6 +162,19 @@ TEST_F(OnAPty, OpeningForgetsWhatCameWhileClosedAndEveryByteCrossesWhole)
         got += com.Input();
     }
     EXPECT_EQ(got, big);
+
+    // A second open of the same device is refused until the first closes.
+    frmComm other;
+    ports.map(7, peer.path()); // another number for the same device changes nothing
+    for (int16_t port : {3, 7}) {
+        other.mscComm.CommPort(port);
+        EXPECT_EQ(errorOf([&] { other.mscComm.PortOpen(true); }), err::PortAlreadyOpen);
+        EXPECT_FALSE(other.mscComm.PortOpen());
+    }
+    com.PortOpen(false);
+    other.mscComm.PortOpen(true);
+    EXPECT_TRUE(other.mscComm.PortOpen());
+    EXPECT_EQ(errorOf([&] { open(); }), err::PortAlreadyOpen);
 }
 
 // A line whose other end stops reading and then goes: the write that waits for room, the next
@@ -193,22 +202,6 @@ TEST(PtyWithoutReader, AWriteWaitingForRoomAndWhatFollowsRaiseWhenTheLineGoes)
     closer.join();
     EXPECT_EQ(errorOf([&] { com.InBufferCount(); }), err::PortIo);
     EXPECT_EQ(errorOf([&] { com.Output("x"); }), err::PortIo);
-}
-
-TEST_F(OnAPty, SecondOpenOfTheSameDeviceIsRefusedUntilTheFirstCloses)
-{
-    open();
-    frmComm other;
-    ports.map(7, peer.path()); // another number for the same device changes nothing
-    for (int16_t port : {3, 7}) {
-        other.mscComm.CommPort(port);
-        EXPECT_EQ(errorOf([&] { other.mscComm.PortOpen(true); }), err::PortAlreadyOpen);
-        EXPECT_FALSE(other.mscComm.PortOpen());
-    }
-    com.PortOpen(false);
-    other.mscComm.PortOpen(true);
-    EXPECT_TRUE(other.mscComm.PortOpen());
-    EXPECT_EQ(errorOf([&] { open(); }), err::PortAlreadyOpen);
 }
 
 TEST_F(OnAPty, SettingsReachTheLineInRawModeAndWhatNoLineCarriesIsRefused)

@@ -29,22 +29,20 @@ struct Wait : ::testing::Test {
         com.CommPort(2);
         com.PortOpen(true);
     }
-    // The drivers' idiom, with or without the timer; returns the number of turns, -1 when the
-    // timer ran out and -2 on CancelScan.
-    int waitFor(int n, std::optional<std::chrono::milliseconds> pace = std::nullopt, bool timer = true)
+    // The drivers' idiom, with or without the timer: 0 when the data came, -1 when the timer ran
+    // out, -2 on CancelScan.
+    int waitFor(bool timer = true)
     {
-        int turns = 0;
         fc.tmrScan.Enabled(timer);
-        while (com.InBufferCount() < n) {
+        while (com.InBufferCount() < 1) {
             if (timer && !fc.tmrScan.Enabled())
                 return -1;
-            fc.DoEvents(pace);
-            ++turns;
+            fc.DoEvents();
             if (reader.CancelScan())
                 return -2;
         }
         fc.tmrScan.Enabled(false);
-        return turns;
+        return 0;
     }
 };
 
@@ -74,7 +72,7 @@ TEST_F(Wait, ASilentPortTimesOutOnTheIntervalAndEachTurnWaitsItsPace)
     int yields = 0;
     fc.setYield([&] { ++yields; });
     fc.tmrScan.Interval(300);
-    EXPECT_EQ(waitFor(1), -1);
+    EXPECT_EQ(waitFor(), -1);
     EXPECT_EQ(yields, 6) << "a long wait hands the host its turns every 50 ms";
     com.PortOpen(false); // nothing to wait on but the timer
     fc.tmrScan.Interval(100);
@@ -89,7 +87,7 @@ TEST_F(Wait, CancelScanEndsAWaitWithoutTimerEvenWhenAnEarlierWaitTookTheWake)
 {
     peer.whenReceived(
         0, [&] { reader.CancelScan(true); }, 50ms);
-    EXPECT_EQ(waitFor(1, std::nullopt, false), -2);
+    EXPECT_EQ(waitFor(false), -2);
     EXPECT_EQ(time.elapsed(), 50ms);
 
     // A cancel during a timed wait that does not look at it (an acknowledgement)...
@@ -102,7 +100,7 @@ TEST_F(Wait, CancelScanEndsAWaitWithoutTimerEvenWhenAnEarlierWaitTookTheWake)
         fc.DoEvents();
     // ...still ends the wait for a hand-fed sheet that follows, not the late data.
     peer.replyAfter(3s, "x");
-    EXPECT_EQ(waitFor(1, std::nullopt, false), -2);
+    EXPECT_EQ(waitFor(false), -2);
     EXPECT_EQ(com.InBufferCount(), 0);
 }
 

@@ -154,28 +154,6 @@ TEST_F(OptionsForm, TypedValuesAreCheckedAgainstTheirRange)
     }
 }
 
-TEST_F(OptionsForm, ApplyWritesEverySettingWithTheModelFirst)
-{
-    FormValues values = formFor(zebReaderTypeScantronScanMark4000);
-    values[Field::Port] = "7";
-    values[Field::StopBits] = "1.5";
-    values[Field::Parity] = "E";
-    values[Field::MarkDiscrimination] = "4";
-    values.check(Field::Windowing, false);
-    values.check(Field::Printer, true);
-    ASSERT_FALSE(options::validate(values, *profiles));
-
-    clsZEBReader other;
-    options::applyTo(values, other);
-    EXPECT_EQ(options::valuesOf(other), values);
-    EXPECT_EQ(other.StopBits(), 1.5f);
-
-    values[Field::ReaderType] = "1"; // the imprinter of this model is never enabled
-    options::applyTo(values, other);
-    EXPECT_FALSE(other.Printer()->Enabled());
-    EXPECT_TRUE(errors.host->reports.empty());
-}
-
 TEST_F(OptionsForm, DefaultsComeFromLoadDefaultsAndLeaveTheReaderAlone)
 {
     FormValues values = formFor(zebReaderTypeNCSOpScan2);

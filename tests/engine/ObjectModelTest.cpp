@@ -7,25 +7,6 @@
 namespace zebreader81::test {
 namespace {
 
-TEST(Imprinter, EnabledIsForcedOrIgnoredByModelAndActiveFollowsIt)
-{
-    clsZEBReaderPrinter p;
-    // One imprinter retyped in turn: model, value assigned, value read back.
-    for (auto [type, assigned, read] : {std::tuple{1, true, false},
-                                        {2, true, true},
-                                        {24, false, true}, // no rule
-                                        {37, true, false},
-                                        {3, true, true}}) {
-        p.SetType(type);
-        p.Enabled(assigned);
-        p.Active(true);
-        EXPECT_EQ(p.Enabled(), read) << type;
-        EXPECT_EQ(p.Active(), read) << type;
-    }
-    p.Enabled(false);
-    EXPECT_FALSE(p.Active());
-}
-
 TEST(Imprinter, OneModelPerKindOfImprinter)
 {
     struct Row {
@@ -53,8 +34,9 @@ TEST(Imprinter, OneModelPerKindOfImprinter)
     }
 }
 
-TEST(Collections, WindowsArePositionedAndMissingItemsAreNothing)
+TEST(Collections, WindowsArePositionedBarcodesKeyedIgnoringCaseAndMissingItemsAreNothing)
 {
+    HostScope scope;
     clsZEBReaderWindows w;
     auto a = std::make_shared<clsZEBReaderWindow>(), b = std::make_shared<clsZEBReaderWindow>(),
          c = std::make_shared<clsZEBReaderWindow>();
@@ -69,20 +51,12 @@ TEST(Collections, WindowsArePositionedAndMissingItemsAreNothing)
     EXPECT_FALSE(w.Exists(0));
     w.Remove(2);
     EXPECT_EQ(w.Item(2), a);
-}
-
-TEST(Collections, BadRemovalIsReportedNotThrown)
-{
-    HostScope scope;
-    clsZEBReaderWindows w;
-    w.Remove(1);
+    w.Remove(3); // reported, not thrown
     EXPECT_EQ(scope.host->only().number, 9);
     EXPECT_EQ(scope.host->only().location, "clsZEBReaderWindows.Remove");
-}
 
-TEST(Collections, BarcodesByKeyIgnoringCase)
-{
-    HostScope scope;
+    // Barcodes by key, ignoring case.
+    scope.host->reports.clear();
     clsZEBReaderBarcodes codes;
     auto id = std::make_shared<clsZEBReaderBarcode>();
     codes.Add(id, "StudentId");

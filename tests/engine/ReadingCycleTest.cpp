@@ -62,7 +62,7 @@ TEST_F(Cycle, ReadPageRaisesEventsInOrderAndReadsBackOnlyWhatItShould)
     EXPECT_EQ(calls(), "read print(skip) read print read");
 }
 
-TEST_F(Cycle, CancelScanOrAFailedReadEndTheSheetEarly)
+TEST_F(Cycle, CancelScanOrAFailedReadEndTheSheetEarlyAndACountNeverWraps)
 {
     reader.CancelScan(true);
     EXPECT_FALSE(reader.ReadPage());
@@ -75,6 +75,15 @@ TEST_F(Cycle, CancelScanOrAFailedReadEndTheSheetEarly)
     EXPECT_EQ(log(), "BeforeSheet(False) BeforeSheet(False)");
     EXPECT_EQ(calls(), "read");
     EXPECT_TRUE(reader.CancelScan());
+
+    // A sheet count that would overflow is reported, not wrapped.
+    reader.CancelScan(false);
+    family.reads = {false, true};
+    int32_t count = INT32_MAX;
+    EXPECT_FALSE(reader.ReadBatch(false, -1, count));
+    EXPECT_EQ(count, INT32_MAX);
+    EXPECT_EQ(std::tie(errors.host->only().number, errors.host->only().location),
+              std::tuple(6, "clsZEBReader.ReadBatch"s));
 }
 
 TEST(ReadBatch, CountsEndsAndRoutesTheLastSheet)
@@ -119,16 +128,6 @@ TEST(ReadBatch, CountsEndsAndRoutesTheLastSheet)
         EXPECT_EQ(joined(family.calls), c.calls);
         EXPECT_EQ(reader.CancelScan(), c.sheets != 0) << "stays True after a batch that ran";
     }
-}
-
-TEST_F(Cycle, SheetCountThatWouldOverflowIsReportedNotWrapped)
-{
-    family.reads = {true};
-    int32_t count = INT32_MAX;
-    EXPECT_FALSE(reader.ReadBatch(false, -1, count));
-    EXPECT_EQ(count, INT32_MAX);
-    EXPECT_EQ(std::tie(errors.host->only().number, errors.host->only().location),
-              std::tuple(6, "clsZEBReader.ReadBatch"s));
 }
 
 TEST_F(Cycle, RejectAndEjectSendOneCommandAndNoneOnceClosed)

@@ -10,7 +10,7 @@
 namespace zebreader81::test {
 namespace {
 
-TEST(ProfileCatalogue, SameMaskRefillsOnlyAnEmptiedCatalogue)
+TEST(ProfileCatalogue, SameMaskRefillsOnlyAnEmptiedCatalogueAndAnUnknownIndexGivesNothing)
 {
     clsZEBReaderProfiles c;
     c.Remove("24");
@@ -27,11 +27,8 @@ TEST(ProfileCatalogue, SameMaskRefillsOnlyAnEmptiedCatalogue)
     c.ProfileType(zebProfileTypeAll);
     EXPECT_EQ(c.Count(), 42);
     EXPECT_EQ(c.Item("2")->BaudRate(), zebReaderBaudRate38400);
-}
 
-TEST(ProfileCatalogue, UnknownIndexGivesNothingButRemoveRaises)
-{
-    clsZEBReaderProfiles c;
+    // An unknown index gives nothing, but Remove raises.
     EXPECT_EQ(c.Item("42"), nullptr);
     EXPECT_EQ(c.Item(0), nullptr);
     EXPECT_EQ(c.Item(43), nullptr);

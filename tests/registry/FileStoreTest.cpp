@@ -19,13 +19,6 @@ using FileStore = StoreFixture;
 constexpr auto HKCU = zebReaderRegistryKeyCurrentUser;
 constexpr auto HKLM = zebReaderRegistryKeyLocalMachine;
 
-int waitExit(pid_t pid)
-{
-    int status = 0;
-    waitpid(pid, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 TEST_F(FileStore, PathsFollowTheEnvironment)
 {
     const auto keep = [](const char* n) {
@@ -89,8 +82,11 @@ TEST_F(FileStore, TwoProcessesSavingUnderOneKeyLoseNothing)
                     _exit(1);
             _exit(0);
         }
-    for (pid_t pid : children)
-        EXPECT_EQ(waitExit(pid), 0);
+    for (pid_t pid : children) {
+        int status = 0;
+        waitpid(pid, &status, 0);
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
     for (int c = 0; c < 2; ++c)
         for (int i = 0; i < saves; ++i)
             ASSERT_EQ(registry::LoadValue(HKCU, "software\\race", name(c, i), "lost"),

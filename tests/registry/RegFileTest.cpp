@@ -36,8 +36,6 @@ Value valueOf(Root root, const std::string& key, const std::string& name)
     return v;
 }
 
-std::vector<uint8_t> bytesOf(std::string_view s) { return {s.begin(), s.end()}; }
-
 // What the editor exports of HKEY_CURRENT_USER\Software\Site: every kind of value.
 const std::string siteExport =
     "Windows Registry Editor Version 5.00\n"
@@ -78,8 +76,7 @@ TEST_F(RegFile, EditorExportIsImportedAndExportedBackByteForByte)
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Folder"), Value::text("C:\\Scans\\\"new\""));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, ""), Value::text("default"));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Path"), Value::text("%SystemRoot%", registry::REG_EXPAND_SZ));
-    EXPECT_EQ(valueOf(Root::CurrentUser, key, "Lines"),
-              (Value{registry::REG_MULTI_SZ, bytesOf({"a\0b\0\0", 5})}));
+    EXPECT_EQ(valueOf(Root::CurrentUser, key, "Lines"), (Value{registry::REG_MULTI_SZ, {'a', 0, 'b', 0, 0}}));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Blob"), (Value{registry::REG_BINARY, {1, 2, 0xff}}));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Nothing"), (Value{registry::REG_NONE, {}}));
     EXPECT_EQ(valueOf(Root::CurrentUser, key, "Two lines"), Value::text("one\r\ntwo"));
@@ -100,22 +97,36 @@ TEST_F(RegFile, EditorExportIsImportedAndExportedBackByteForByte)
     EXPECT_EQ(readFile(exported), editorBytes(siteExport));
 }
 
-TEST_F(RegFile, ImportDeletesKeysAndValuesAsTheEditorDoes)
+TEST_F(RegFile, ImportDeletesAsTheEditorDoesAndABadImportChangesNothing)
 {
-    ASSERT_TRUE(registry::SaveValue(zebReaderRegistryKeyCurrentUser, "Software\\A", "Keep", "1"));
-    ASSERT_TRUE(registry::SaveValue(zebReaderRegistryKeyCurrentUser, "Software\\A", "Drop", "1"));
-    ASSERT_TRUE(registry::SaveValue(zebReaderRegistryKeyCurrentUser, "Software\\B\\C", "X", "1"));
-    const std::string path = (dir / "delete.reg").string();
+    constexpr auto HKCU = zebReaderRegistryKeyCurrentUser;
+    ASSERT_TRUE(registry::SaveValue(HKCU, "Software\\A", "Keep", "1"));
+    ASSERT_TRUE(registry::SaveValue(HKCU, "Software\\A", "Drop", "1"));
+    ASSERT_TRUE(registry::SaveValue(HKCU, "Software\\B\\C", "X", "1"));
+    const std::string path = (dir / "import.reg").string();
     writeFile(path, "Windows Registry Editor Version 5.00\n\n"
                     "[HKEY_CURRENT_USER\\Software\\A]\n\"drop\"=-\n\n"
                     "[-HKEY_CURRENT_USER\\Software\\B]\n");
     ASSERT_TRUE(registry::importRegFile(path));
-    EXPECT_EQ(registry::LoadValue(zebReaderRegistryKeyCurrentUser, "Software\\A", "Keep", "gone"), "1");
-    EXPECT_EQ(registry::LoadValue(zebReaderRegistryKeyCurrentUser, "Software\\A", "Drop", "gone"), "gone");
-    EXPECT_EQ(registry::LoadValue(zebReaderRegistryKeyCurrentUser, "Software\\B\\C", "X", "gone"), "gone");
+    EXPECT_EQ(registry::LoadValue(HKCU, "Software\\A", "Keep", "gone"), "1");
+    EXPECT_EQ(registry::LoadValue(HKCU, "Software\\A", "Drop", "gone"), "gone");
+    EXPECT_EQ(registry::LoadValue(HKCU, "Software\\B\\C", "X", "gone"), "gone");
+
+    const std::string before = readFile(fileOf(Root::CurrentUser));
+    writeFile(path,
+              "Windows Registry Editor Version 5.00\n[HKEY_CURRENT_USER\\Software\\A]\n\"Keep\"=\"new\"\n"
+              "[HKEY_NOWHERE\\X]\n");
+    HostScope scope;
+    EXPECT_FALSE(registry::importRegFile(path));
+    EXPECT_FALSE(registry::importRegFile((dir / "missing.reg").string()));
+    ASSERT_EQ(scope.host->reports.size(), 2u);
+    EXPECT_EQ(scope.host->reports[0].number, 321);
+    EXPECT_EQ(scope.host->reports[0].location, "basRegistry.ImportRegFile");
+    EXPECT_EQ(scope.host->reports[1].number, 53);
+    EXPECT_EQ(readFile(fileOf(Root::CurrentUser)), before);
 }
 
-TEST_F(RegFile, MalformedFilesAreRejectedWithTheirLine)
+TEST_F(RegFile, MalformedFilesAreRejectedWithTheirLineAndOldFormatTextsAreSingleByte)
 {
     const std::pair<const char*, int> bad[] = {
         {"REGEDIT5\n[HKEY_CURRENT_USER\\A]\n", 1},
@@ -132,27 +143,6 @@ TEST_F(RegFile, MalformedFilesAreRejectedWithTheirLine)
         ASSERT_TRUE(error.has_value()) << text;
         EXPECT_EQ(error->line, line) << text;
     }
-}
-
-TEST_F(RegFile, BadImportIsReportedAndChangesNothing)
-{
-    ASSERT_TRUE(registry::SaveValue(zebReaderRegistryKeyCurrentUser, "Software\\A", "V", "old"));
-    const std::string before = readFile(fileOf(Root::CurrentUser));
-    const std::string path = (dir / "bad.reg").string();
-    writeFile(path, "Windows Registry Editor Version 5.00\n[HKEY_CURRENT_USER\\Software\\A]\n\"V\"=\"new\"\n"
-                    "[HKEY_NOWHERE\\X]\n");
-    HostScope scope;
-    EXPECT_FALSE(registry::importRegFile(path));
-    EXPECT_FALSE(registry::importRegFile((dir / "missing.reg").string()));
-    ASSERT_EQ(scope.host->reports.size(), 2u);
-    EXPECT_EQ(scope.host->reports[0].number, 321);
-    EXPECT_EQ(scope.host->reports[0].location, "basRegistry.ImportRegFile");
-    EXPECT_EQ(scope.host->reports[1].number, 53);
-    EXPECT_EQ(readFile(fileOf(Root::CurrentUser)), before);
-}
-
-TEST_F(RegFile, OldFormatTextsAreSingleByte)
-{
     registry::RegDocument doc;
     ASSERT_FALSE(
         registry::parseRegFile("REGEDIT4\r\n\r\n[HKEY_CURRENT_USER\\A]\r\n\"E\"=hex(2):61,62,00\r\n", doc));

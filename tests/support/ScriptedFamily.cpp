@@ -11,7 +11,7 @@ ScriptedFamily::ScriptedFamily(Family family) : family_(family)
     };
     d.close = [this](clsZEBReader&) {
         calls.push_back("close");
-        return closeResult;
+        return true;
     };
     d.read = [this](clsZEBReader& r) {
         const int n = ++readCount_;
@@ -22,13 +22,11 @@ ScriptedFamily::ScriptedFamily(Family family) : family_(family)
             side(1, 1) = static_cast<int16_t>(n);
             Reader::Side1Array(r, side);
         }
-        if (onRead)
-            onRead(r, n);
         return ok;
     };
     d.print = [this](clsZEBReader&, bool skip, bool&) {
         calls.push_back(skip ? "print(skip)" : "print");
-        return !skip && printResult;
+        return !skip;
     };
     d.reject = [this](clsZEBReader&) { calls.push_back("reject"); };
     d.eject = [this](clsZEBReader&, bool&) { calls.push_back("eject"); };

@@ -4,7 +4,6 @@
 #include "drivers/ReaderAccess.h"
 #include "drivers/basRead.h"
 
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -17,12 +16,8 @@ public:
 
     std::vector<std::string> calls;
     bool initResult = true;
-    bool closeResult = true;
-    bool printResult = true;
     /// Results of successive reads; reads beyond the list fail.
     std::vector<bool> reads;
-    /// Run on each read before it returns (e.g. to set CancelScan).
-    std::function<void(clsZEBReader&, int readNumber)> onRead;
 
 private:
     Family family_;

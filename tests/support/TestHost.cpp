@@ -52,8 +52,6 @@ void RecordingEvents::BeforePrint(bool& cancel)
 {
     beforePrintCancelIn.push_back(cancel);
     log.push_back("BeforePrint");
-    if (onBeforePrint)
-        onBeforePrint(cancel);
 }
 
 void RecordingEvents::AfterPrint() { log.push_back("AfterPrint"); }

@@ -58,7 +58,6 @@ public:
     // Scripted answers.
     std::function<void(int sheet, bool& reject)> onReadSheet;
     std::function<void(int sheet, bool& cancelScan)> onAfterSheet;
-    std::function<void(bool& cancel)> onBeforePrint;
     int sheets = 0;
 };
 
