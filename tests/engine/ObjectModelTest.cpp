@@ -7,6 +7,25 @@
 namespace zebreader81::test {
 namespace {
 
+TEST(Imprinter, EnabledIsForcedOrIgnoredByModelAndActiveFollowsIt)
+{
+    clsZEBReaderPrinter p;
+    // One imprinter retyped in turn: model, value assigned, value read back.
+    for (auto [type, assigned, read] : {std::tuple{1, true, false},
+                                        {2, true, true},
+                                        {24, false, true}, // no rule
+                                        {37, true, false},
+                                        {3, true, true}}) {
+        p.SetType(type);
+        p.Enabled(assigned);
+        p.Active(true);
+        EXPECT_EQ(p.Enabled(), read) << type;
+        EXPECT_EQ(p.Active(), read) << type;
+    }
+    p.Enabled(false);
+    EXPECT_FALSE(p.Active());
+}
+
 TEST(Imprinter, OneModelPerKindOfImprinter)
 {
     struct Row {

@@ -121,6 +121,23 @@ TEST_F(Settings, StoredTextsAreReadLeniently)
     }
 }
 
+TEST_F(Settings, BadValueStopsLoadingKeepingEarlierValues)
+{
+    for (auto [name, value] : {std::pair{"ScannerType", "2"},
+                               {"ReaderGrade", "true"},
+                               {"Barcode", "Yes"},
+                               {"Duplex", "True"},
+                               {"ScannerBaud", "38400"}})
+        ASSERT_TRUE(registry::SaveValue(HKCU, site, name, value));
+    HostScope scope;
+    clsZEBReader r;
+    r.BaudRate(zebReaderBaudRate1200);
+    EXPECT_FALSE(r.LoadSettings(HKCU, site));
+    EXPECT_EQ(scope.host->only().number, 13);
+    // ScannerType and ReaderGrade came before the bad Barcode; Duplex and ScannerBaud not.
+    EXPECT_EQ(settingsOf(r), "2|True|False|False|False|0|0|0|False|0|False|1200|7|N|1|1|50|10|False");
+}
+
 TEST_F(Settings, NumbersIgnoreTheHostsLocale)
 {
     const char* previous = std::setlocale(LC_NUMERIC, nullptr);
