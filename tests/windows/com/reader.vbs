@@ -86,9 +86,6 @@ host.Reports = 0
 Check r.SetError(host), "SetError"
 Check Not r.LoadDefaults(99), "LoadDefaults of a type without profile fails"
 Check host.Reports = 1 And Left(host.Location, 25) = "clsZEBReader.LoadDefaults", "the report reaches the host"
-r.ReaderType = 2
-s = "unchanged"
-Check Not r.Firmware(s) And s = "unchanged" And host.Reports = 1, "Firmware of an OpScan leaves its argument, reporting nothing"
 
 Set h = New Handlers
 Set h.Reader = r
