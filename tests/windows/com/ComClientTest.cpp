@@ -255,7 +255,7 @@ TEST_F(Client, EveryClassByNameWithDefaultMembersOptionalByReferenceArgumentsAnd
     EXPECT_EQ(L"kept", shown(firmware));
 }
 
-// What only the vtable shows: error info, and the identity of child objects.
+// What only the vtable shows: error info, the identity of child objects, a null array.
 TEST_F(Client, TheVtableFaces)
 {
     ComPtr<_clsZEBReaderProfiles> profiles;
@@ -274,16 +274,8 @@ TEST_F(Client, TheVtableFaces)
     reader->get_Windows(&again);
     EXPECT_EQ(windows, again);
 
-    // Form geometry keeps its bounds and values; no sheet read yet: an array never dimensioned.
-    SAFEARRAY *rows = SafeArrayCreateVector(VT_I2, 0, 3), *back = nullptr, *side = rows;
-    static_cast<short*>(rows->pvData)[2] = 9;
-    EXPECT_EQ(S_OK, reader->put_Side1Rows(&rows));
-    SafeArrayDestroy(rows);
-    ASSERT_EQ(S_OK, reader->get_Side1Rows(&back));
-    EXPECT_EQ(0, back->rgsabound[0].lLbound);
-    EXPECT_EQ(3u, back->rgsabound[0].cElements);
-    EXPECT_EQ(9, static_cast<short*>(back->pvData)[2]);
-    SafeArrayDestroy(back);
+    // No sheet read yet: an array never dimensioned.
+    SAFEARRAY unset{}, *side = &unset;
     EXPECT_EQ(S_OK, reader->get_Side1Array(&side));
     EXPECT_EQ(nullptr, side);
 }
@@ -379,9 +371,6 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
     EXPECT_EQ((cards ? std::vector{-1, -1} : std::vector{0, 21054}), sink.side2);
     // Only OpScan passes the sheets' barcodes on; the others leave one empty element.
     EXPECT_EQ(model == 2 ? L"0012345;0012346;" : L";;", sink.barcodes);
-    VARIANT_BOOL cancel = VARIANT_FALSE;
-    reader->get_CancelScan(&cancel);
-    EXPECT_EQ(VARIANT_TRUE, cancel);
     SAFEARRAY* side = nullptr;
     ASSERT_EQ(S_OK, reader->get_Side1Array(&side));
     EXPECT_EQ(sink.side1[1], marks(side, rows1, cols1)) << "Side1Array holds the last sheet";

@@ -29,7 +29,6 @@ Class Handlers
     Public Sheets
     Public Ends
     Public Side1
-    Public Side2
     Public Barcodes
     Public Sub BeforeSheet(bInitializePrinter)
         Starts = Starts + 1
@@ -38,7 +37,6 @@ Class Handlers
         Dim item
         Sheets = Sheets + 1
         Side1 = Side1 & Cells(iSide1Array, rows1, cols1) & " "
-        Side2 = Cells(iSide2Array, 20, 40)
         For Each item In sBarcodeArray
             Barcodes = Barcodes & item & ";"
         Next
@@ -112,8 +110,6 @@ If port > 0 And model > 0 Then
     Check n = 2 And h.Starts = 2 And h.Sheets = 2 And h.Ends = 2, "AfterSheet's returned cancel stops the batch after two sheets"
     fits = Split(Trim(h.Side1), " ")
     Check UBound(fits) = 1 And fits(0) > 50 And fits(1) > 50, "side 1 holds the form and its marks (" & h.Side1 & ")"
-    If cards Then s = -1 Else s = 20
-    Check h.Side2 = s, "side 2 of the second sheet (" & h.Side2 & ")"
     ' Only OpScan passes the sheets' barcodes on; the others leave one empty element.
     If model = 2 Then s = "0012345;0012346;" Else s = ";;"
     Check h.Barcodes = s, "the sheets' barcodes (" & h.Barcodes & ")"
