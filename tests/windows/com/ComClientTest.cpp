@@ -88,23 +88,20 @@ Var create(REFCLSID clsid)
     return v;
 }
 
-// Where a side array of at least rows x cols is marked: each mark adds its row times 100 and its
-// column, so a mark lost or moved shows. -1 for no array, -2 for a smaller one.
+// Where a side array of at least rows x cols (from 1) is marked: each mark adds its row times 100
+// and its column, so a mark lost or moved shows. -1 for no array, -2 for a smaller one.
 int marks(SAFEARRAY* side, LONG rows, LONG cols)
 {
-    LONG r = 0, c = 0, low1 = 0, low2 = 0;
+    LONG r = 0, c = 0;
     short* cell = nullptr;
     if (!side || SafeArrayGetDim(side) != 2)
         return -1;
     if (SafeArrayGetUBound(side, 1, &r), SafeArrayGetUBound(side, 2, &c), r < rows || c < cols)
         return -2;
-    SafeArrayGetLBound(side, 1, &low1);
-    SafeArrayGetLBound(side, 2, &low2);
-    const LONG height = r - low1 + 1;
     int sum = 0;
     SafeArrayAccessData(side, reinterpret_cast<void**>(&cell));
-    for (LONG i = 0; i < height * (c - low2 + 1); ++i)
-        sum += cell[i] > 0 ? (i % height + low1) * 100 + i / height + low2 : 0;
+    for (LONG i = 0; i < r * c; ++i)
+        sum += cell[i] > 0 ? (i % r + 1) * 100 + i / r + 1 : 0;
     SafeArrayUnaccessData(side);
     return sum;
 }
