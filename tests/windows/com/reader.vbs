@@ -36,7 +36,7 @@ Class Handlers
     Public Sub ReadSheet(iSide1Array, iSide2Array, sBarcodeArray, bReject)
         Dim item
         Sheets = Sheets + 1
-        Side1 = Side1 & Cells(iSide1Array, rows1, cols1) & " "
+        Side1 = Side1 & Cells(iSide1Array) & " "
         For Each item In sBarcodeArray
             Barcodes = Barcodes & item & ";"
         Next
@@ -49,15 +49,11 @@ Class Handlers
     End Function
 End Class
 
-' The marked cells of a side array of at least rows x cols, -1 for a smaller one or one never
-' dimensioned.
-Function Cells(side, rows, cols)
+' The marked cells of a side array that holds at least the form, -1 for a smaller one.
+Function Cells(side)
     Dim cell
     Cells = -1
-    On Error Resume Next
-    If UBound(side, 1) < rows Or UBound(side, 2) < cols Then Exit Function
-    If Err.Number <> 0 Then Exit Function
-    On Error GoTo 0
+    If UBound(side, 1) < rows1 Or UBound(side, 2) < cols1 Then Exit Function
     Cells = 0
     For Each cell In side
         If cell > 0 Then Cells = Cells + 1
@@ -113,7 +109,7 @@ If port > 0 And model > 0 Then
     ' Only OpScan passes the sheets' barcodes on; the others leave one empty element.
     If model = 2 Then s = "0012345;0012346;" Else s = ";;"
     Check h.Barcodes = s, "the sheets' barcodes (" & h.Barcodes & ")"
-    Check Cells(sink.VariantArray(r.Side1Array), rows1, cols1) > 50, "Side1Array holds the last sheet"
+    Check Cells(sink.VariantArray(r.Side1Array)) > 50, "Side1Array holds the last sheet"
     Check host.Reports = 0, "no error reported during the batch (last: " & host.Location & ")"
 End If
 
