@@ -17,13 +17,6 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-std::wstring text(BSTR b)
-{
-    std::wstring s = b ? std::wstring(b, SysStringLen(b)) : std::wstring();
-    SysFreeString(b);
-    return s;
-}
-
 // A value passed or returned by name, owning what it holds.
 struct Var : VARIANT {
     Var() { VariantInit(this); }
@@ -48,7 +41,7 @@ std::wstring shown(const VARIANT& v)
         return V_DISPATCH(&v) ? L"object" : L"Nothing";
     Var t;
     return SUCCEEDED(VariantChangeType(&t, const_cast<VARIANT*>(&v), VARIANT_ALPHABOOL, VT_BSTR))
-               ? text(SysAllocString(V_BSTR(&t)))
+               ? std::wstring(V_BSTR(&t), SysStringLen(V_BSTR(&t)))
                : L"?";
 }
 
@@ -265,7 +258,8 @@ TEST_F(Client, TheVtableFaces)
     ASSERT_EQ(S_OK, GetErrorInfo(0, &info));
     BSTR source = nullptr;
     info->GetSource(&source);
-    EXPECT_EQ(L"ZEBReader81", text(source));
+    EXPECT_STREQ(L"ZEBReader81", source);
+    SysFreeString(source);
     ComPtr<_clsZEBReaderWindows> windows, again;
     reader->get_Windows(&windows);
     reader->get_Windows(&again);
