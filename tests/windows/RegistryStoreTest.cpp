@@ -46,6 +46,7 @@ TEST(RegistryStore, EveryRootRoundTripsThroughTheHelpersAndRefusesWhatItShould)
                   ERROR_SUCCESS);
         EXPECT_EQ(type, static_cast<DWORD>(REG_SZ));
         EXPECT_STREQ(data, "42");
+        EXPECT_EQ(size, 2u);
         char keyClass[8] = {};
         DWORD classSize = sizeof keyClass;
         EXPECT_EQ(RegQueryInfoKeyA(key, keyClass, &classSize, nullptr, nullptr, nullptr, nullptr, nullptr,

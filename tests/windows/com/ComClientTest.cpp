@@ -17,13 +17,6 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-std::wstring text(BSTR b)
-{
-    std::wstring s = b ? std::wstring(b, SysStringLen(b)) : std::wstring();
-    SysFreeString(b);
-    return s;
-}
-
 // A value passed or returned by name, owning what it holds.
 struct Var : VARIANT {
     Var() { VariantInit(this); }
@@ -31,6 +24,7 @@ struct Var : VARIANT {
     Var(bool v) : Var() { V_VT(this) = VT_BOOL, V_BOOL(this) = v ? VARIANT_TRUE : VARIANT_FALSE; }
     Var(const wchar_t* s) : Var() { V_VT(this) = VT_BSTR, V_BSTR(this) = SysAllocString(s); }
     Var(IDispatch* d) : Var() { V_VT(this) = VT_DISPATCH, V_DISPATCH(this) = d, d->AddRef(); }
+    Var(std::nullptr_t) : Var() { V_VT(this) = VT_NULL; } // JScript's null
     Var(VARIANT* to) : Var() { V_VT(this) = VT_VARIANT | VT_BYREF, V_VARIANTREF(this) = to; } // by reference
     Var(const Var& o) : Var() { VariantCopy(this, const_cast<Var*>(&o)); }
     Var& operator=(const Var& o) { return VariantCopy(this, const_cast<Var*>(&o)), *this; }
@@ -47,7 +41,7 @@ std::wstring shown(const VARIANT& v)
         return V_DISPATCH(&v) ? L"object" : L"Nothing";
     Var t;
     return SUCCEEDED(VariantChangeType(&t, const_cast<VARIANT*>(&v), VARIANT_ALPHABOOL, VT_BSTR))
-               ? text(SysAllocString(V_BSTR(&t)))
+               ? std::wstring(V_BSTR(&t), SysStringLen(V_BSTR(&t)))
                : L"?";
 }
 
@@ -87,8 +81,9 @@ Var create(REFCLSID clsid)
     return v;
 }
 
-// The marked cells of a side array of at least rows x cols: -1 for none, -2 for a smaller one.
-int cells(SAFEARRAY* side, LONG rows, LONG cols)
+// Where a side array of at least rows x cols (from 1) is marked: each mark adds its row times 100
+// and its column, so a mark lost or moved shows. -1 for no array, -2 for a smaller one.
+int marks(SAFEARRAY* side, LONG rows, LONG cols)
 {
     LONG r = 0, c = 0;
     short* cell = nullptr;
@@ -96,12 +91,12 @@ int cells(SAFEARRAY* side, LONG rows, LONG cols)
         return -1;
     if (SafeArrayGetUBound(side, 1, &r), SafeArrayGetUBound(side, 2, &c), r < rows || c < cols)
         return -2;
-    int marked = 0;
+    int sum = 0;
     SafeArrayAccessData(side, reinterpret_cast<void**>(&cell));
-    for (ULONG i = 0; i < side->rgsabound[0].cElements * side->rgsabound[1].cElements; ++i)
-        marked += cell[i] > 0;
+    for (LONG i = 0; i < r * c; ++i)
+        sum += cell[i] > 0 ? (i % r + 1) * 100 + i / r + 1 : 0;
     SafeArrayUnaccessData(side);
-    return marked;
+    return sum;
 }
 
 // Counts the events and answers through their by-reference arguments.
@@ -139,8 +134,8 @@ public:
                           V_VT(&a[2]) == (VT_BYREF | VT_ARRAY | VT_I2) &&
                           V_VT(&a[1]) == (VT_BYREF | VT_ARRAY | VT_BSTR) &&
                           V_VT(&a[0]) == (VT_BYREF | VT_BOOL);
-            side1.push_back(cells(*V_ARRAYREF(&a[3]), rows1, cols1));
-            side2.push_back(cells(*V_ARRAYREF(&a[2]), 20, 40));
+            side1.push_back(marks(*V_ARRAYREF(&a[3]), rows1, cols1));
+            side2.push_back(marks(*V_ARRAYREF(&a[2]), 20, 40));
             SAFEARRAY* list = *V_ARRAYREF(&a[1]);
             BSTR* codes = nullptr;
             SafeArrayAccessData(list, reinterpret_cast<void**>(&codes));
@@ -234,6 +229,8 @@ TEST_F(Client, EveryClassByNameWithDefaultMembersOptionalByReferenceArgumentsAnd
         // As a script host passes them: lSheetCount and sReturn as references to Variants.
         {L"reader", L"Port", Put, {16}, L""},
         {L"reader", L"ReadBatch", Call, {false, 0, &count}, L"False"},
+        {L"reader", L"ReadBatch", Call, {false, 0}, L"False"},
+        {L"reader", L"SetError", Call, {nullptr}, L"False"},
         {L"reader", L"Firmware", Call, {&firmware}, L"False"},
     };
     for (const Row& row : rows) {
@@ -248,65 +245,28 @@ TEST_F(Client, EveryClassByNameWithDefaultMembersOptionalByReferenceArgumentsAnd
     EXPECT_EQ(L"kept", shown(firmware));
 }
 
+// What only the vtable shows: error info, the identity of child objects, a null array.
 TEST_F(Client, TheVtableFaces)
 {
-    BSTR name = nullptr;
-    EXPECT_EQ(S_OK, reader->put_ReaderType(zebReaderTypePDIVMR138));
-    ASSERT_EQ(S_OK, reader->get_ReaderName(&name));
-    EXPECT_EQ(L"Peripheral Dynamics Inc. VMR138", text(name));
     ComPtr<_clsZEBReaderProfiles> profiles;
-    ComPtr<_clsZEBReaderProfile> acp;
     ASSERT_EQ(S_OK, reader->get_Profiles(&profiles));
-    ASSERT_EQ(S_OK, profiles->get_Item(Var(L"37"), &acp));
-    ASSERT_EQ(S_OK, acp->get_ReaderName(&name));
-    EXPECT_EQ(L"Chatsworth Data ACP-100", text(name));
-    // A raised error, with its error info.
     EXPECT_EQ(static_cast<HRESULT>(0x800A0005), profiles->Remove(Var(L"99")));
     ComPtr<ISupportErrorInfo> support;
     ComPtr<IErrorInfo> info;
     ASSERT_EQ(S_OK, profiles.As(&support));
     EXPECT_EQ(S_OK, support->InterfaceSupportsErrorInfo(IID__clsZEBReaderProfiles));
     ASSERT_EQ(S_OK, GetErrorInfo(0, &info));
-    info->GetSource(&name);
-    EXPECT_EQ(L"ZEBReader81", text(name));
-
-    // The same child object every time, and a window created by the host goes in.
+    BSTR source = nullptr;
+    info->GetSource(&source);
+    EXPECT_STREQ(L"ZEBReader81", source);
+    SysFreeString(source);
     ComPtr<_clsZEBReaderWindows> windows, again;
-    ComPtr<_clsZEBReaderWindow> window, first, beyond;
     reader->get_Windows(&windows);
     reader->get_Windows(&again);
     EXPECT_EQ(windows, again);
-    ASSERT_EQ(S_OK, CoCreateInstance(CLSID_clsZEBReaderWindow, nullptr, CLSCTX_INPROC_SERVER,
-                                     IID_PPV_ARGS(&window)));
-    window->put_NumCols(12);
-    Var missing;
-    V_VT(&missing) = VT_ERROR, V_ERROR(&missing) = DISP_E_PARAMNOTFOUND;
-    EXPECT_EQ(S_OK, windows->Add(window.Get(), missing, missing));
-    windows->get_Item(1, &first);
-    short cols = 0;
-    first->get_NumCols(&cols);
-    EXPECT_EQ(12, cols);
-    EXPECT_EQ(S_OK, windows->get_Item(9, &beyond));
-    EXPECT_EQ(nullptr, beyond);
-    ComPtr<_clsZEBReaderBarcodes> barcodes;
-    ComPtr<_clsZEBReaderPrinter> printer;
-    long codes = 9, buffers = 0;
-    ASSERT_EQ(S_OK, reader->get_Barcodes(&barcodes));
-    barcodes->get_Count(&codes);
-    EXPECT_EQ(0, codes);
-    ASSERT_EQ(S_OK, reader->get_Printer(&printer));
-    EXPECT_EQ(S_OK, printer->get_BufferCount(&buffers));
 
-    // Form geometry keeps its bounds and values; no sheet read yet: an array never dimensioned.
-    SAFEARRAY *rows = SafeArrayCreateVector(VT_I2, 0, 3), *back = nullptr, *side = rows;
-    static_cast<short*>(rows->pvData)[2] = 9;
-    EXPECT_EQ(S_OK, reader->put_Side1Rows(&rows));
-    SafeArrayDestroy(rows);
-    ASSERT_EQ(S_OK, reader->get_Side1Rows(&back));
-    EXPECT_EQ(0, back->rgsabound[0].lLbound);
-    EXPECT_EQ(3u, back->rgsabound[0].cElements);
-    EXPECT_EQ(9, static_cast<short*>(back->pvData)[2]);
-    SafeArrayDestroy(back);
+    // No sheet read yet: an array never dimensioned.
+    SAFEARRAY unset{}, *side = &unset;
     EXPECT_EQ(S_OK, reader->get_Side1Array(&side));
     EXPECT_EQ(nullptr, side);
 }
@@ -327,8 +287,6 @@ TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
     got[0]->GetConnectionInterface(&iid);
     EXPECT_EQ(DIID___clsZEBReader, iid);
     got[0]->Release();
-    EXPECT_EQ(S_FALSE, points->Next(1, got, &fetched));
-    EXPECT_EQ(0u, fetched);
     EXPECT_EQ(S_OK, points->Reset());
     ComPtr<IEnumConnectionPoints> clone;
     ASSERT_EQ(S_OK, points->Clone(&clone));
@@ -342,9 +300,8 @@ TEST_F(Client, ConnectionPointsAndConnectionsAreEnumerated)
     ComPtr<IEnumConnections> connections;
     ASSERT_EQ(S_OK, found->EnumConnections(&connections));
     EXPECT_EQ(S_OK, found->Unadvise(cookie)) << "the enumeration is a snapshot";
-    CONNECTDATA data[2] = {};
-    ASSERT_EQ(S_FALSE, connections->Next(2, data, &fetched));
-    ASSERT_EQ(1u, fetched);
+    CONNECTDATA data[1] = {};
+    ASSERT_EQ(S_OK, connections->Next(1, data, nullptr));
     EXPECT_EQ(cookie, data[0].dwCookie);
     EXPECT_EQ(static_cast<IUnknown*>(&sink), data[0].pUnk);
     data[0].pUnk->Release();
@@ -396,19 +353,15 @@ TEST_F(Client, BatchAgainstTheSimulatorWithAnEventSink)
     EXPECT_EQ(2, sink.starts);
     EXPECT_EQ(2, sink.ends);
     EXPECT_TRUE(sink.arraysTyped);
-    ASSERT_EQ(2u, sink.side1.size());
-    EXPECT_GT(sink.side1[0], 50) << "side 1 holds the form and its marks";
-    EXPECT_GT(sink.side1[1], 50);
-    // No side 2 on a card; the survey on side 2 of the duplex sheet.
-    EXPECT_EQ(cards ? -1 : 20, sink.side2[1]);
+    // The first two sample sheets mark for mark; no side 2 on a card, the survey on side 2 of the
+    // duplex sheet.
+    ASSERT_EQ((cards ? std::vector{128634, 128432} : std::vector{218652, 216853}), sink.side1);
+    EXPECT_EQ((cards ? std::vector{-1, -1} : std::vector{0, 21054}), sink.side2);
     // Only OpScan passes the sheets' barcodes on; the others leave one empty element.
     EXPECT_EQ(model == 2 ? L"0012345;0012346;" : L";;", sink.barcodes);
-    VARIANT_BOOL cancel = VARIANT_FALSE;
-    reader->get_CancelScan(&cancel);
-    EXPECT_EQ(VARIANT_TRUE, cancel);
     SAFEARRAY* side = nullptr;
     ASSERT_EQ(S_OK, reader->get_Side1Array(&side));
-    EXPECT_EQ(sink.side1[1], cells(side, rows1, cols1)) << "Side1Array holds the last sheet";
+    EXPECT_EQ(sink.side1[1], marks(side, rows1, cols1)) << "Side1Array holds the last sheet";
     SafeArrayDestroy(side);
 }
 
