@@ -30,8 +30,6 @@ public:
     const SafeArray<int16_t>& sheet() const { return card_.sheet(); }
     /// Rows completed so far (the timing marks once the sheet has ended).
     int16_t rowsDone() const { return card_.rowsDone(); }
-    /// Bytes taken so far, CR included.
-    int32_t byteCount() const { return card_.byteCount(); }
 
 private:
     chatsworth::CardDecoder card_;
