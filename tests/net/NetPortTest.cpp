@@ -185,8 +185,8 @@ TEST(NetworkPortAddress, SchemesHostsAndPorts)
 
 // A server on a free loopback port for one connection, on a wire transcript: once the client
 // has sent the bytes of a step (and those before), the server sends the step's answer. Then it
-// hangs up, or waits until the client does; what the client sent must be the steps' bytes.
-// Every wait gives up after 10 s.
+// hangs up, or waits until the client does and says a last word; what the client sent must be the steps'
+// bytes. Every wait gives up after 10 s.
 class FakeServer {
 public:
     explicit FakeServer(std::vector<std::pair<std::string, std::string>> steps, bool hangUp = false)
@@ -213,6 +213,9 @@ public:
                 [[maybe_unused]] auto n = send(fd, answer.data(), answer.size(), MSG_NOSIGNAL);
             }
             readUntil(hangUp ? 0 : SIZE_MAX);
+            // Still talking while the client closes: its close drains this.
+            if (!hangUp) [[maybe_unused]]
+                auto n = send(fd, "late", 4, MSG_NOSIGNAL);
             close(fd);
             EXPECT_EQ(received, expected);
         });
